@@ -1,0 +1,20 @@
+/** @file
+ * The error that says what is wrong with a file or setting that a person wrote.
+ */
+#pragma once
+
+#include "Platform/EAFResult.h"
+
+#include <cstddef>
+#include <stdexcept>
+#include <string>
+
+/** Bad input from a person: one line that names the place, what is wrong and what to do. */
+class EAF_PUBLIC ConfigurationError : public std::runtime_error
+{
+public:
+    using std::runtime_error::runtime_error;
+
+    /** @return an error in a file as "path:line: text", or "path: text" for line 0 */
+    static ConfigurationError atLine(const std::string& sPath, std::size_t nLine, const std::string& sText);
+};

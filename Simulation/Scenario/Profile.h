@@ -1,0 +1,63 @@
+/** @file
+ * A drive: what is asked of a transmitter, and what surrounds it, over time.
+ */
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+/** How a value goes from one row of a profile to the next. */
+enum class EInterpolation
+{
+    Held,  /**< stays until the next row */
+    Linear /**< moves in a straight line */
+};
+
+/** What a profile says at a time; a column that it does not have says nothing. */
+struct ProfilePoint
+{
+    std::optional<double> requestedPowerDbm;
+    std::optional<double> temperatureDegrees;
+    std::optional<double> frequencyMhz;
+};
+
+/** A profile read from CSV. */
+class Profile
+{
+public:
+    /** How each column is read between rows. */
+    struct Interpolation
+    {
+        EInterpolation eRequestedPower = EInterpolation::Held;
+        EInterpolation eTemperature = EInterpolation::Linear;
+        EInterpolation eFrequency = EInterpolation::Held;
+    };
+
+    /**
+     * Reads a profile: a header row, time_s (ascending) and any of requested_power_dBm, temperature_C, frequency_MHz;
+     * other columns are left out.
+     * @throws ConfigurationError that names file, line and column
+     */
+    Profile(const std::string& sPath, const Interpolation& interpolation);
+
+    /** @return what the profile says at a time; before its first row the first holds, after its last the last */
+    ProfilePoint at(double seconds) const;
+
+    double firstSecond() const { return m_seconds.front(); }
+    double lastSecond() const { return m_seconds.back(); }
+
+private:
+    struct Column
+    {
+        EInterpolation eInterpolation = EInterpolation::Held;
+        std::vector<double> values; // empty when the file does not have the column
+    };
+
+    std::optional<double> valueAt(const Column& column, std::size_t nRow, double seconds) const;
+
+    std::vector<double> m_seconds;
+    Column m_requestedPower;
+    Column m_temperature;
+    Column m_frequency;
+};

@@ -1,0 +1,37 @@
+# What every target of ours is compiled with; link to OpcOptions to get it.
+
+set(OPC_SANITIZER "" CACHE STRING "Sanitizers to build with, such as address,undefined or thread")
+option(OPC_COVERAGE "Count executed lines and branches" OFF)
+
+find_program(OPC_CCACHE ccache)
+if(OPC_CCACHE)
+  set(CMAKE_C_COMPILER_LAUNCHER "${OPC_CCACHE}")
+  set(CMAKE_CXX_COMPILER_LAUNCHER "${OPC_CCACHE}")
+endif()
+
+set(CMAKE_C_STANDARD 11)
+set(CMAKE_C_STANDARD_REQUIRED ON)
+set(CMAKE_C_EXTENSIONS OFF)
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib")
+
+add_library(OpcOptions INTERFACE)
+target_include_directories(OpcOptions INTERFACE "${PROJECT_SOURCE_DIR}")
+target_compile_definitions(OpcOptions INTERFACE _POSIX_C_SOURCE=200809L _DEFAULT_SOURCE)
+target_compile_options(OpcOptions INTERFACE
+  -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror
+  $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>)
+target_link_options(OpcOptions INTERFACE -Wl,--as-needed)
+
+if(OPC_SANITIZER)
+  add_compile_options(-fsanitize=${OPC_SANITIZER} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${OPC_SANITIZER})
+endif()
+if(OPC_COVERAGE)
+  add_compile_options(--coverage -fprofile-update=atomic)
+  add_link_options(--coverage)
+endif()
