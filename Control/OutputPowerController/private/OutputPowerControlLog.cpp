@@ -107,7 +107,8 @@ void OutputPowerControlLog::logsRestart()
     }
 }
 
-OutputPowerControlLog::EOPCLogRequestOption
+// The string comes by value because that is the operation's signature.
+OutputPowerControlLog::EOPCLogRequestOption // NOLINTNEXTLINE(performance-unnecessary-value-param)
 OutputPowerControlLog::convertRequestStringToRequestEnum(std::string sRequestOption) const
 {
     const auto entry = s_requestOptionMap.find(sRequestOption);
@@ -119,7 +120,7 @@ std::ostream& OutputPowerControlLog::beginTrace(int nLevel, int nLine)
     return ms_trace.beginLogMsg(nLevel, LOG_SOURCE_PATH, nLine);
 }
 
-void OutputPowerControlLog::traceChannel(const char* pWhen, const char* pOperation, const char* pWhat, int nLine)
+void OutputPowerControlLog::traceChannel(const char* pWhen, const char* pOperation, const char* pWhat, int nLine) const
 {
     beginTrace(5, nLine) << pWhen << pOperation << pWhat << m_nChannel << std::endl;
 }

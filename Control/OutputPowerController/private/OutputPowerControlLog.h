@@ -163,7 +163,7 @@ private:
     XMLRPC_VALUE readOpcLog(XMLRPC_VALUE xResponse, bool bReset);
 
     static std::ostream& beginTrace(int nLevel, int nLine = __builtin_LINE());
-    void traceChannel(const char* pWhen, const char* pOperation, const char* pWhat, int nLine = __builtin_LINE());
+    void traceChannel(const char* pWhen, const char* pOperation, const char* pWhat, int nLine = __builtin_LINE()) const;
 };
 
 /** Source path that every trace of the log carries. */

@@ -163,7 +163,7 @@ private:
     long connectOutputPowerHandler();
     long connectFrequencyHandler();
     long connectTemperatureHandler();
-    void fetchCalibrationTable(const char* pTableName, CCalibrationTable** ppTable);
+    void fetchCalibrationTable(const char* pTableName, CCalibrationTable** ppTable) const;
 
     void traceStateChange();
     int stepTxOffInitiated();

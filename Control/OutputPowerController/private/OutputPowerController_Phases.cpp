@@ -97,7 +97,7 @@ long OutputPowerController::connectTemperatureHandler()
     return EAF_OK;
 }
 
-void OutputPowerController::fetchCalibrationTable(const char* pTableName, CCalibrationTable** ppTable)
+void OutputPowerController::fetchCalibrationTable(const char* pTableName, CCalibrationTable** ppTable) const
 {
     const std::string sName = "Channel." + std::to_string(m_nChannel) + "." + pTableName;
     if (EAF_isFailure(CCalibrationHandler_GetTable(sName.c_str(), ppTable))) {
