@@ -1,13 +1,11 @@
-#include "Control/OutputPowerController/private/DiagnosticTrace.h"
-#include "Control/OutputPowerController/private/OutputPowerControlLog.h"
-#include "Control/OutputPowerController/private/XmlRpcMembers.h"
+#include "Control/OutputPowerController/private/LogResponse.h"
 
 #include <string_view>
 
 namespace
 {
 
-constexpr unsigned long CODE_FAILED = 0x8000;
+constexpr const char* NOT_CREATED = "eTI_E_FAILED, TI.ManageLogs OpcLog failed to create response vector";
 
 // The array's name is cut here: it is whole for channels of one digit only. Test tools look for the cut name; the name
 // in the broker is whole.
@@ -37,17 +35,6 @@ std::vector<LoggedObject> loggedObjects(const OutputPowerControlLog::OpcLog& log
                            log.gainReductionAmplifierMin[i], log.gainReductionAmplifierMax[i]});
     }
     return objects;
-}
-
-/** Releases what has been built of a response. @return the fault to answer instead */
-XMLRPC_VALUE failToCreateResponse(std::initializer_list<XMLRPC_VALUE> values, int nLine = __builtin_LINE())
-{
-    traceDiagnostic(TI_trace, CODE_FAILED, LOG_SOURCE_PATH, nLine, "Failed to create response vector");
-    for (XMLRPC_VALUE xValue : values) {
-        XMLRPC_CleanupValue(xValue);
-    }
-    return XMLRPC_UtilityCreateFault(eTI_E_FAILED,
-                                     "eTI_E_FAILED, TI.ManageLogs OpcLog failed to create response vector");
 }
 
 } // namespace
@@ -84,9 +71,9 @@ XMLRPC_VALUE OutputPowerControlLog::manageOpcLog(char* sRequestOption)
     }
     else {
         XMLRPC_CleanupValue(xResponse);
-        return XMLRPC_UtilityCreateFault(eTI_E_FAILED, "eTI_E_FAILED, TI.ManageLogs OpcLog invalid request option");
+        return createFailedFault("eTI_E_FAILED, TI.ManageLogs OpcLog invalid request option");
     }
-    return addStandardResponse(xResponse) ? xResponse : failToCreateResponse({xResponse});
+    return addStandardResponse(xResponse) ? xResponse : failToCreateResponse({xResponse}, NOT_CREATED);
 }
 
 XMLRPC_VALUE OutputPowerControlLog::readOpcLog(XMLRPC_VALUE xResponse, bool bReset)
@@ -104,7 +91,7 @@ XMLRPC_VALUE OutputPowerControlLog::readOpcLog(XMLRPC_VALUE xResponse, bool bRes
         addInt(xObject, "MinValue", object.nMin);
         addInt(xObject, "MaxValue", object.nMax);
         if (XMLRPC_AddValueToVector(xObjects, xObject) == 0) {
-            return failToCreateResponse({xObject, xObjects, xResponse});
+            return failToCreateResponse({xObject, xObjects, xResponse}, NOT_CREATED);
         }
     }
     if (XMLRPC_AddValueToVector(xResponse, xObjects) == 0) {
@@ -112,7 +99,7 @@ XMLRPC_VALUE OutputPowerControlLog::readOpcLog(XMLRPC_VALUE xResponse, bool bRes
         XMLRPC_CleanupValue(xResponse);
         traceDiagnostic(TI_trace, CODE_FAILED, LOG_SOURCE_PATH, __LINE__, "Failed to add XMLRPC value to vector.");
         // Without the code's name in front, unlike every other fault of the command; test tools compare the whole text.
-        return XMLRPC_UtilityCreateFault(eTI_E_FAILED, "Failed to add XMLRPC value to vector.");
+        return createFailedFault("Failed to add XMLRPC value to vector.");
     }
     if (bReset) {
         resetOpcLog();

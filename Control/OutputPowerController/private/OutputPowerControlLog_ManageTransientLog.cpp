@@ -1,14 +1,12 @@
-#include "Control/OutputPowerController/private/DiagnosticTrace.h"
-#include "Control/OutputPowerController/private/OutputPowerControlLog.h"
-#include "Control/OutputPowerController/private/XmlRpcMembers.h"
+#include "Control/OutputPowerController/private/LogResponse.h"
 
 namespace
 {
 
-// Diagnostic codes of the command's records.
 constexpr unsigned long CODE_CALLED = 0x800;
 constexpr unsigned long CODE_INPUT_MISSING = 0xA102;
-constexpr unsigned long CODE_FAILED = 0x8000;
+
+constexpr const char* NOT_CREATED = "eTI_E_FAILED, TI.ManageOPCTransientLog failed to create response vector";
 
 template <class... TArguments> void trace(unsigned long nCode, int nLine, const char* pFormat, TArguments... arguments)
 {
@@ -35,17 +33,6 @@ XMLRPC_VALUE createSample(const OutputPowerControlLog::TransientLog& sample)
     addInt(xSample, "TxIfPower", sample.txIfPower);
     addInt(xSample, "TxRfGain", sample.txRfGain);
     return xSample;
-}
-
-/** Releases what has been built of a response. @return the fault to answer instead */
-XMLRPC_VALUE failToCreateResponse(std::initializer_list<XMLRPC_VALUE> values, int nLine = __builtin_LINE())
-{
-    trace(CODE_FAILED, nLine, "Failed to create response vector");
-    for (XMLRPC_VALUE xValue : values) {
-        XMLRPC_CleanupValue(xValue);
-    }
-    return XMLRPC_UtilityCreateFault(eTI_E_FAILED,
-                                     "eTI_E_FAILED, TI.ManageOPCTransientLog failed to create response vector");
 }
 
 } // namespace
@@ -96,9 +83,9 @@ XMLRPC_VALUE OutputPowerControlLog::handleTIManageOPCTransientLog(_xmlrpc_server
         return readTransientLog(xResponse, bWasActive);
     default:
         XMLRPC_CleanupValue(xResponse);
-        return XMLRPC_UtilityCreateFault(eTI_E_FAILED, "eTI_E_FAILED, TI.ManageOPCTransientLog invalid request option");
+        return createFailedFault("eTI_E_FAILED, TI.ManageOPCTransientLog invalid request option");
     }
-    return addStandardResponse(xResponse) ? xResponse : failToCreateResponse({xResponse});
+    return addStandardResponse(xResponse) ? xResponse : failToCreateResponse({xResponse}, NOT_CREATED);
 }
 
 XMLRPC_VALUE OutputPowerControlLog::readTransientLog(XMLRPC_VALUE xResponse, bool bWasActive)
@@ -107,7 +94,7 @@ XMLRPC_VALUE OutputPowerControlLog::readTransientLog(XMLRPC_VALUE xResponse, boo
     if (nSamples == 0) {
         trace(CODE_FAILED, __LINE__, "Cannot read empty log");
         XMLRPC_CleanupValue(xResponse);
-        return XMLRPC_UtilityCreateFault(eTI_E_FAILED, "eTI_E_FAILED, TI.ManageOPCTransientLog can not read empty log");
+        return createFailedFault("eTI_E_FAILED, TI.ManageOPCTransientLog can not read empty log");
     }
     setTransientLogActive(false);
     XMLRPC_VALUE xSamples = XMLRPC_CreateVector("OPCLog", xmlrpc_vector_array);
@@ -119,14 +106,14 @@ XMLRPC_VALUE OutputPowerControlLog::readTransientLog(XMLRPC_VALUE xResponse, boo
         XMLRPC_VALUE xSample = createSample(sample);
         if (EAF_isFailure(nStatus) || XMLRPC_AddValueToVector(xSamples, xSample) == 0) {
             // The log stays stopped: what it holds is then what the failed read met, for whoever looks into it.
-            return failToCreateResponse({xSample, xSamples, xResponse});
+            return failToCreateResponse({xSample, xSamples, xResponse}, NOT_CREATED);
         }
     }
     setTransientLogActive(bWasActive);
     if (!addInt(xResponse, "RadioChannelID", static_cast<int>(m_nChannel)) ||
         XMLRPC_AddValueToVector(xResponse, xSamples) == 0)
     {
-        return failToCreateResponse({xSamples, xResponse});
+        return failToCreateResponse({xSamples, xResponse}, NOT_CREATED);
     }
     return xResponse;
 }
