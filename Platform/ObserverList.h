@@ -27,6 +27,13 @@ public:
         m_observers.erase(std::remove(m_observers.begin(), m_observers.end(), pObserver), m_observers.end());
     }
 
+    /** Takes all observers out. */
+    void clear()
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_observers.clear();
+    }
+
     /** Calls every observer in the order of registration. */
     template <class TCall> void forEach(TCall call) const
     {

@@ -29,7 +29,7 @@ enum class EHandlerFault
     Fail,       /**< fails at every call */
     FailTimes,  /**< fails at the next calls, then works again */
     Stuck,      /**< reads the last value again and again, or takes settings without effect */
-    WrongValue, /**< reads a given value */
+    WrongValue, /**< reads a given value, or sets it instead of the value asked for */
     Slow        /**< works, but takes its time */
 };
 
@@ -38,7 +38,7 @@ struct HandlerFault
 {
     EHandlerFault eKind = EHandlerFault::None;
     unsigned int nTimes = 1;  /**< FailTimes: how many calls fail */
-    std::int32_t nValue = 0;  /**< WrongValue: what is read */
+    std::int32_t nValue = 0;  /**< WrongValue: what is read or set */
     unsigned int delayUs = 0; /**< Slow: how long a call takes */
 };
 

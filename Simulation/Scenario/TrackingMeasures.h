@@ -46,7 +46,7 @@ public:
 
 private:
     void addSettledError(std::int32_t nErrorCentiDb);
-    std::int32_t percentile(double share) const;
+    std::int32_t percentile(std::uint32_t nPerMille) const;
 
     std::vector<std::uint64_t> m_countByAbsoluteError; // the last entry takes all that is larger
     std::uint64_t m_nSettledSteps = 0;

@@ -1,0 +1,172 @@
+#include "Simulation/Scenario/Profile.h"
+
+#include "Platform/ConfigurationError.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <fstream>
+#include <string>
+
+namespace
+{
+/** A file for as long as a test needs it. */
+class ProfileFile
+{
+public:
+    explicit ProfileFile(const std::string& sText) : m_sPath(testing::TempDir() + "profile_XXXXXX")
+    {
+        const int nFile = mkstemp(m_sPath.data());
+        EXPECT_GE(nFile, 0);
+        close(nFile);
+        std::ofstream(m_sPath) << sText;
+    }
+    ~ProfileFile() { EXPECT_EQ(std::remove(m_sPath.c_str()), 0); }
+    ProfileFile(const ProfileFile&) = delete;
+    ProfileFile& operator=(const ProfileFile&) = delete;
+
+    const std::string& path() const { return m_sPath; }
+
+private:
+    std::string m_sPath;
+};
+
+Profile profileOf(const std::string& sText, const Profile::Interpolation& interpolation = {})
+{
+    const ProfileFile file(sText);
+    return Profile(file.path(), interpolation);
+}
+
+TEST(Profile, HoldsOrInterpolatesEachColumnByItsOwnRule)
+{
+    const Profile profile = profileOf("time_s,requested_power_dBm,temperature_C,frequency_MHz\n"
+                                      "10,5,20,5000\n20,15,40,6000\n40,-5,0,5500\n");
+    struct Case
+    {
+        double seconds;
+        double powerDbm;
+        double degrees;
+        double frequencyMhz;
+    };
+    const Case cases[] = {{0.0, 5.0, 20.0, 5000.0},  {10.0, 5.0, 20.0, 5000.0},  {15.0, 5.0, 30.0, 5000.0},
+                          {19.9, 5.0, 39.8, 5000.0}, {20.0, 15.0, 40.0, 6000.0}, {25.0, 15.0, 30.0, 6000.0},
+                          {40.0, -5.0, 0.0, 5500.0}, {1e9, -5.0, 0.0, 5500.0},   {-1e9, 5.0, 20.0, 5000.0}};
+    for (const Case& c : cases) {
+        const ProfilePoint point = profile.at(c.seconds);
+        EXPECT_NEAR(point.requestedPowerDbm.value(), c.powerDbm, 1e-9) << c.seconds;
+        EXPECT_NEAR(point.temperatureDegrees.value(), c.degrees, 1e-9) << c.seconds;
+        EXPECT_NEAR(point.frequencyMhz.value(), c.frequencyMhz, 1e-9) << c.seconds;
+    }
+    EXPECT_EQ(profile.firstSecond(), 10.0);
+    EXPECT_EQ(profile.lastSecond(), 40.0);
+}
+
+TEST(Profile, TakesTheRulesThatItIsGiven)
+{
+    Profile::Interpolation interpolation;
+    interpolation.eRequestedPower = EInterpolation::Linear;
+    interpolation.eTemperature = EInterpolation::Held;
+    interpolation.eFrequency = EInterpolation::Linear;
+    const Profile profile = profileOf("time_s,requested_power_dBm,temperature_C,frequency_MHz\n"
+                                      "0,0,20,5000\n10,10,40,6000\n",
+                                      interpolation);
+    EXPECT_NEAR(profile.at(2.5).requestedPowerDbm.value(), 2.5, 1e-9);
+    EXPECT_NEAR(profile.at(2.5).temperatureDegrees.value(), 20.0, 1e-9);
+    EXPECT_NEAR(profile.at(2.5).frequencyMhz.value(), 5250.0, 1e-9);
+}
+
+TEST(Profile, SaysNothingAboutColumnsThatItDoesNotHave)
+{
+    const char* const columns[] = {"requested_power_dBm", "temperature_C", "frequency_MHz"};
+    for (std::size_t i = 0; i < std::size(columns); ++i) {
+        const Profile profile = profileOf(std::string("time_s,") + columns[i] + "\n0,17\n");
+        const ProfilePoint point = profile.at(3.0);
+        EXPECT_EQ(point.requestedPowerDbm, i == 0 ? std::optional(17.0) : std::nullopt) << columns[i];
+        EXPECT_EQ(point.temperatureDegrees, i == 1 ? std::optional(17.0) : std::nullopt) << columns[i];
+        EXPECT_EQ(point.frequencyMhz, i == 2 ? std::optional(17.0) : std::nullopt) << columns[i];
+    }
+}
+
+TEST(Profile, LeavesOtherColumnsCommentsAndEmptyLinesOut)
+{
+    const Profile profile =
+        profileOf("# a drive\n\nspeed,temperature_C,speed,time_s\nfast,20,,0\n\n# on\nslow,30,-,10\n");
+    EXPECT_NEAR(profile.at(5.0).temperatureDegrees.value(), 25.0, 1e-9);
+    EXPECT_EQ(profile.lastSecond(), 10.0);
+}
+
+struct BadProfile
+{
+    const char* pName;
+    const char* pText;
+    int nLine; // 0 when the whole file is meant
+    /** What the message says after the place, or what it ends with when another component words it. */
+    const char* pMessage;
+};
+
+const BadProfile BAD_PROFILES[] = {
+    {"Empty", "", 0, "the file is empty; begin it with a header row that names time_s and the columns to use"},
+    {"OnlyComments", "# nothing\n\n", 0,
+     "the file is empty; begin it with a header row that names time_s and the columns to use"},
+    {"NoHeader", "0,20\n1,30\n", 1,
+     "the header row has no column time_s, it begins \"0\"; name the columns in the first row"},
+    {"NoTime", "# first\ntemperature_C\n20\n", 2,
+     "the header row has no column time_s, it begins \"temperature_C\"; name the columns in the first row"},
+    {"TimeTwice", "time_s,temperature_C,time_s\n0,20,0\n", 1, "column time_s is there twice; take one of them out"},
+    {"ValueTwice", "time_s,temperature_C,temperature_C\n0,20,20\n", 1,
+     "column temperature_C is there twice; take one of them out"},
+    {"NoValues", "time_s,temperature_c\n0,20\n", 1,
+     "the header row names no column to use; add requested_power_dBm, temperature_C or frequency_MHz"},
+    {"NoRows", "time_s,temperature_C\n\n", 1, "there is no row after the header row; add at least one"},
+    {"TimeStands", "time_s,temperature_C\n0,20\n1,20\n1.0,30\n", 4,
+     "column time_s reads \"1.0\" after \"1\"; order the rows by ascending time"},
+    {"TimeFalls", "time_s,temperature_C\n5,20\n\n# back\n4,20\n", 5,
+     "column time_s reads \"4\" after \"5\"; order the rows by ascending time"},
+    {"TextForTime", "time_s,temperature_C\nnoon,20\n", 2, " (time_s)"},
+    {"TextForValue", "time_s,temperature_C\n0,20\n1,warm\n", 3, " (temperature_C)"},
+    {"NotFinite", "time_s,frequency_MHz\n0,inf\n", 2, " (frequency_MHz)"},
+    {"NoField", "time_s,requested_power_dBm\n0,\n", 2, " (requested_power_dBm)"},
+    {"ShortRow", "time_s,temperature_C,requested_power_dBm\n0,20,5\n1,20\n", 3, " (requested_power_dBm)"},
+};
+
+class BadProfiles : public testing::TestWithParam<BadProfile>
+{
+};
+
+TEST_P(BadProfiles, AreRefusedWithThePlaceTheReasonAndTheRemedy)
+{
+    const BadProfile& bad = GetParam();
+    const ProfileFile file(bad.pText);
+    const std::string sPlace = file.path() + (bad.nLine == 0 ? ": " : ":" + std::to_string(bad.nLine) + ": ");
+    try {
+        const Profile profile(file.path(), {});
+        FAIL() << "taken";
+    }
+    catch (const ConfigurationError& error) {
+        const std::string sMessage = error.what();
+        if (*bad.pMessage == ' ') {
+            EXPECT_THAT(sMessage, testing::StartsWith(sPlace));
+            EXPECT_THAT(sMessage, testing::EndsWith(bad.pMessage));
+        }
+        else {
+            EXPECT_EQ(sMessage, sPlace + bad.pMessage);
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(All, BadProfiles, testing::ValuesIn(BAD_PROFILES),
+                         [](const auto& paramInfo) { return std::string(paramInfo.param.pName); });
+
+TEST(Profile, NamesAFileThatIsNotThere)
+{
+    try {
+        const Profile profile("/nowhere/profile.csv", {});
+        FAIL() << "taken";
+    }
+    catch (const ConfigurationError& error) {
+        EXPECT_THAT(error.what(), testing::HasSubstr("/nowhere/profile.csv"));
+    }
+}
+} // namespace
