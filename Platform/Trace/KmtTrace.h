@@ -16,7 +16,7 @@ public:
      * @param nLevel level that the group starts with; messages above the group's current level are dropped
      */
     KmtTrace(const char* pGroup, int nLevel);
-    ~KmtTrace();
+    ~KmtTrace(); // NOLINT(performance-trivially-destructible): modules import it
 
     KmtTrace(const KmtTrace&) = delete;
     KmtTrace& operator=(const KmtTrace&) = delete;

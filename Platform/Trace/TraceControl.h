@@ -49,7 +49,7 @@ public:
     static void setStandardErrorEnabled(bool bEnabled);
 
     /**
-     * Hands every record written to a listener as well, in the thread that wrote it.
+     * Hands every record written to a listener as well, in the thread that wrote it, also while the outputs are off.
      * @param listener replaces the one before; an empty function ends listening. Must not trace.
      */
     static void setListener(std::function<void(const TraceRecord&)> listener);

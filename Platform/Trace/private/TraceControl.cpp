@@ -1,0 +1,36 @@
+#include "Platform/Trace/TraceControl.h"
+
+#include "Platform/Trace/private/TraceGroups.h"
+#include "Platform/Trace/private/TraceOutput.h"
+
+#include <utility>
+
+void TraceControl::setLevel(const std::string& sGroup, int nLevel)
+{
+    TraceGroups::get().setLevel(sGroup, nLevel);
+}
+
+void TraceControl::setLevelOfAll(int nLevel)
+{
+    TraceGroups::get().setLevelOfAll(nLevel);
+}
+
+std::vector<TraceGroupLevel> TraceControl::levels()
+{
+    return TraceGroups::get().levels();
+}
+
+void TraceControl::setSystemLogEnabled(bool bEnabled)
+{
+    TraceOutput::get().setSystemLogEnabled(bEnabled);
+}
+
+void TraceControl::setStandardErrorEnabled(bool bEnabled)
+{
+    TraceOutput::get().setStandardErrorEnabled(bEnabled);
+}
+
+void TraceControl::setListener(std::function<void(const TraceRecord&)> listener)
+{
+    TraceOutput::get().setListener(std::move(listener));
+}

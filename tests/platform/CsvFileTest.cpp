@@ -1,0 +1,177 @@
+#include "Platform/Csv/CsvFile.h"
+
+#include "tests/platform/TestFile.h"
+
+#include <gmock/gmock.h>
+
+#include <cmath>
+
+namespace
+{
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+TEST(ConfigurationErrorTest, NamesFileAndLine)
+{
+    EXPECT_STREQ(ConfigurationError::atLine("unit.toml", 12, "is wrong").what(), "unit.toml:12: is wrong");
+    EXPECT_STREQ(ConfigurationError::atLine("unit.toml", 0, "is wrong").what(), "unit.toml: is wrong");
+}
+
+TEST(CsvFile, ReadsRowsAndTheirLines)
+{
+    const TestFile content("time,power\n# a comment, with a comma\n\n1,2\n   \n3,4");
+    const CsvFile file(content.path());
+    EXPECT_EQ(file.path(), content.path());
+    ASSERT_EQ(file.rows().size(), 3U);
+    EXPECT_THAT(file.rows()[0].fields, ElementsAre("time", "power"));
+    EXPECT_EQ(file.rows()[0].nLine, 1U);
+    EXPECT_THAT(file.rows()[1].fields, ElementsAre("1", "2"));
+    EXPECT_EQ(file.rows()[1].nLine, 4U);
+    EXPECT_THAT(file.rows()[2].fields, ElementsAre("3", "4"));
+    EXPECT_EQ(file.rows()[2].nLine, 6U);
+}
+
+TEST(CsvFile, ReadsEveryKindOfLineEnd)
+{
+    const TestFile content("\xEF\xBB\xBF"
+                           "1,2\r\n#x\r\n\r\n3,4\r5,6\n\r\n7\r\n");
+    const CsvFile file(content.path());
+    ASSERT_EQ(file.rows().size(), 4U);
+    EXPECT_THAT(file.rows()[0].fields, ElementsAre("1", "2"));
+    EXPECT_EQ(file.rows()[1].nLine, 4U);
+    EXPECT_THAT(file.rows()[2].fields, ElementsAre("5", "6"));
+    EXPECT_EQ(file.rows()[2].nLine, 5U);
+    EXPECT_EQ(file.rows()[3].nLine, 7U);
+}
+
+TEST(CsvFile, ReadsQuotedFields)
+{
+    const TestFile content(" a b ,\t\"c, d\" ,\"say \"\"so\"\"\",\n\"two\n#lines\",x\nend\n");
+    const CsvFile file(content.path());
+    ASSERT_EQ(file.rows().size(), 3U);
+    EXPECT_THAT(file.rows()[0].fields, ElementsAre("a b", "c, d", "say \"so\"", ""));
+    EXPECT_THAT(file.rows()[1].fields, ElementsAre("two\n#lines", "x"));
+    EXPECT_EQ(file.rows()[1].nLine, 2U);
+    EXPECT_THAT(file.rows()[2].fields, ElementsAre("end"));
+    EXPECT_EQ(file.rows()[2].nLine, 4U);
+}
+
+TEST(CsvFile, ReadsFilesWithoutRows)
+{
+    for (const char* const pContent : {"", "\n\n", "# nothing", "\xEF\xBB\xBF", " \t"}) {
+        const TestFile content(pContent);
+        EXPECT_THAT(CsvFile(content.path()).rows(), IsEmpty());
+    }
+}
+
+TEST(CsvFile, TellsWhereAFileIsNotCsv)
+{
+    const std::string sInside = " a quotation mark stands inside a field; put the whole field in quotation marks and "
+                                "write those inside it twice";
+    const struct
+    {
+        std::string sContent;
+        std::string sError;
+    } cases[] = {
+        {"1,2\n3,a\"b\n", ":2:" + sInside},
+        {"1,2\n\n\"a\"b,3\n", ":3:" + sInside},
+        {"1,2\n3,\"a\n\n4,5\n",
+         ":2: a quoted field of the row that begins here has no end; add the closing quotation mark"},
+        {std::string("1,2\n3,\0004\n", 9), ":2: holds a NUL byte; save the file as plain text in UTF-8"},
+        {std::string("1,2\n#\0\n", 7), ":2: holds a NUL byte; save the file as plain text in UTF-8"},
+    };
+    for (const auto& bad : cases) {
+        const TestFile content(bad.sContent);
+        EXPECT_EQ(errorOf([&content] { const CsvFile file(content.path()); }), content.path() + bad.sError);
+    }
+}
+
+TEST(CsvFile, TellsThatAFileCannotBeRead)
+{
+    EXPECT_EQ(errorOf([] { const CsvFile file("/tmp/no/such.csv"); }),
+              "/tmp/no/such.csv: cannot be read (No such file or directory); give the path of a file that this user "
+              "may read");
+}
+
+TEST(CsvFile, ReadsNumbers)
+{
+    const TestFile content("-3.5,0,1e3,\" 2.25\",.5\n");
+    const CsvFile file(content.path());
+    const CsvRow& row = file.rows().front();
+    EXPECT_EQ(file.number(row, 0), -3.5);
+    EXPECT_EQ(file.number(row, 1), 0.0);
+    EXPECT_EQ(file.number(row, 2), 1000.0);
+    EXPECT_EQ(file.number(row, 4), 0.5);
+}
+
+TEST(CsvFile, ReadsIntegers)
+{
+    const TestFile content("-2147483648,2147483647,0,\"7\"\n");
+    const CsvFile file(content.path());
+    const CsvRow& row = file.rows().front();
+    EXPECT_EQ(file.integer(row, 0), INT32_MIN);
+    EXPECT_EQ(file.integer(row, 1), INT32_MAX);
+    EXPECT_EQ(file.integer(row, 2), 0);
+    EXPECT_EQ(file.integer(row, 3), 7);
+}
+
+TEST(CsvFile, TellsWhatIsNotANumber)
+{
+    for (const char* const pField : {"abc", "inf", "-inf", "nan", "infinity", "3.5 dB", "0x10", "1,", "--1", "+", ""}) {
+        const std::string sField = std::string(pField).substr(0, std::string(pField).find(','));
+        if (sField == "1") {
+            continue;
+        }
+        const TestFile content("# power\n1,2," + sField + "\n");
+        const CsvFile file(content.path());
+        EXPECT_EQ(errorOf([&file] { file.number(file.rows().front(), 2); }),
+                  content.path() + ":2: column 3: '" + sField +
+                      "' is not a number; write a decimal number such as -3.5");
+    }
+}
+
+TEST(CsvFile, TellsWhatIsNotAnInteger)
+{
+    const std::string sNoInteger = " is not an integer; write a whole number such as -350";
+    const std::string sTooLarge = " does not fit 32 bits; write a number from -2147483648 to 2147483647";
+    const struct
+    {
+        std::string sField;
+        std::string sError;
+    } cases[] = {{"abc", "'abc'" + sNoInteger},
+                 {"3.5", "'3.5'" + sNoInteger},
+                 {"7 dB", "'7 dB'" + sNoInteger},
+                 {"1e3", "'1e3'" + sNoInteger},
+                 {"\"1\n2\"", "'1?2'" + sNoInteger},
+                 {"2147483648", "'2147483648'" + sTooLarge},
+                 {"-2147483649", "'-2147483649'" + sTooLarge},
+                 {"99999999999999999999x", "'99999999999999999999x'" + sNoInteger},
+                 {std::string(50, 'x'), "'" + std::string(40, 'x') + "...'" + sNoInteger},
+                 {std::string(39, 'x') + "\xC3\xA4", "'" + std::string(39, 'x') + "...'" + sNoInteger}};
+    for (const auto& bad : cases) {
+        const TestFile content("1\n" + bad.sField + "\n");
+        const CsvFile file(content.path());
+        EXPECT_EQ(errorOf([&file] { file.integer(file.rows()[1], 0); }),
+                  content.path() + ":2: column 1: " + bad.sError);
+    }
+}
+
+TEST(CsvFile, TellsThatANumberIsBeyondItsRange)
+{
+    const TestFile content("1e999\n");
+    const CsvFile file(content.path());
+    EXPECT_EQ(errorOf([&file] { file.number(file.rows().front(), 0); }),
+              content.path() + ":1: column 1: '1e999' is too large or too small; write a decimal number such as -3.5");
+}
+
+TEST(CsvFile, TellsThatAFieldIsMissing)
+{
+    const TestFile content("1,2\n");
+    const CsvFile file(content.path());
+    const std::string sError = content.path() + ":1: column 3: is missing in a row of 2; add a value";
+    EXPECT_EQ(errorOf([&file] { file.number(file.rows().front(), 2); }), sError);
+    EXPECT_EQ(errorOf([&file] { file.integer(file.rows().front(), 2); }), sError);
+}
+
+} // namespace
