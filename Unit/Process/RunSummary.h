@@ -1,0 +1,38 @@
+/** @file
+ * What happened in a run, as text.
+ */
+#pragma once
+
+#include "Simulation/Scenario/TrackingMeasures.h"
+#include "Unit/Process/RadioChannel.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+/** A channel's part of the summary. */
+struct ChannelResult
+{
+    unsigned int nChannel = 0;
+    ChannelStatistics statistics;
+    std::optional<std::uint64_t> nRefusedCalls; /**< none without a simulated handler */
+    TrackingSummary tracking;
+};
+
+/** What a run came to. */
+struct RunResult
+{
+    std::string sEndedBy; /**< such as "SIGINT" */
+    unsigned int intervalMs = 6;
+    std::uint64_t nOverruns = 0;
+    std::int64_t nMaxLatenessNs = 0;
+    double meanLatenessNs = 0.0;
+    std::uint64_t nDroppedSamples = 0;
+    std::string sRecordedFile; /**< empty when nothing was recorded */
+    std::uint64_t nRecordedRows = 0;
+    std::vector<ChannelResult> channels;
+};
+
+/** @return the summary, lines that end with newlines */
+std::string summaryText(const RunResult& result);

@@ -1,0 +1,26 @@
+/** @file
+ * The command that runs a unit in real time.
+ */
+#pragma once
+
+#include <optional>
+#include <string>
+
+/** What a person asks of a run. */
+struct RunOptions
+{
+    std::string sUnitFile;
+    std::optional<double> durationSeconds;
+    std::optional<unsigned int> nChannels;
+    double speed = 1.0;
+    double startSeconds = 0.0;
+    std::string sCsvFile; /**< empty for none */
+};
+
+/**
+ * Runs a unit until its time is up or a signal stops it; shows its status and a summary on standard output.
+ * @return the exit code: 0, or 1 when something failed during the run
+ * @throws ConfigurationError for bad input, with nothing left behind
+ * @throws UnitStartError when the unit could not start for another reason
+ */
+int runUnit(const RunOptions& options);

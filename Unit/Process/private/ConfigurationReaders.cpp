@@ -1,0 +1,115 @@
+#include "Unit/Process/private/ConfigurationReaders.h"
+
+#include <fmt/format.h>
+
+#include <filesystem>
+#include <limits>
+
+namespace
+{
+constexpr double COLDEST_DEGREES = -100.0;
+constexpr double HOTTEST_DEGREES = 200.0;
+constexpr int MAX_TRACE_LEVEL = 9;
+
+std::string completePath(const UnitConfiguration& configuration, const std::string& sFile)
+{
+    return (std::filesystem::path(configuration.sFolder) / sFile).string();
+}
+
+EInterpolation readInterpolation(const TomlTable& table, const std::string& sKey, EInterpolation eDefault)
+{
+    const auto sValue = table.text(sKey);
+    if (!sValue) {
+        return eDefault;
+    }
+    if (*sValue != "held" && *sValue != "linear") {
+        table.fail(sKey, fmt::format("{} in [profile] is \"{}\"; it must be \"held\" or \"linear\"", sKey, *sValue));
+    }
+    return *sValue == "held" ? EInterpolation::Held : EInterpolation::Linear;
+}
+
+EModuleScope readScope(const TomlTable& table)
+{
+    const std::string sScope = table.text("scope").value_or("channel");
+    if (sScope != "channel" && sScope != "unit") {
+        table.fail("scope", fmt::format("scope in [[module]] is \"{}\"; it must be \"channel\" or \"unit\"", sScope));
+    }
+    return sScope == "unit" ? EModuleScope::Unit : EModuleScope::Channel;
+}
+} // namespace
+
+void readUnit(const TomlTable& root, UnitConfiguration& configuration)
+{
+    if (const auto table = root.table("unit")) {
+        table->allowOnly({"interval_ms", "temperature_c"});
+        configuration.intervalMs = static_cast<unsigned int>(
+            table->integer("interval_ms", 1, MAX_INTERVAL_MS).value_or(configuration.intervalMs));
+        configuration.temperatureDegrees =
+            table->number("temperature_c", COLDEST_DEGREES, HOTTEST_DEGREES).value_or(configuration.temperatureDegrees);
+    }
+    if (const auto table = root.table("storage")) {
+        table->allowOnly({"file"});
+        configuration.sStorageFile = completePath(configuration, table->requiredText("file"));
+    }
+}
+
+void readModules(const TomlTable& root, UnitConfiguration& configuration)
+{
+    for (const TomlTable& table : root.tables("module")) {
+        table.allowOnly({"name", "library", "scope"});
+        ModuleConfiguration module;
+        module.sName = table.requiredText("name");
+        module.sLibrary = table.requiredText("library");
+        module.eScope = readScope(table);
+        module.nLine = table.line();
+        configuration.modules.push_back(module);
+    }
+    if (configuration.modules.empty()) {
+        root.fail("", "lists no module; add [[module]] tables with name and library");
+    }
+}
+
+void readCalibrations(const TomlTable& root, UnitConfiguration& configuration)
+{
+    for (const TomlTable& table : root.tables("calibration")) {
+        table.allowOnly({"name", "file"});
+        configuration.calibrations.push_back(
+            {table.requiredText("name"), completePath(configuration, table.requiredText("file"))});
+    }
+}
+
+void readTrace(const TomlTable& root, UnitConfiguration& configuration)
+{
+    const auto table = root.table("trace");
+    if (!table) {
+        return;
+    }
+    for (const auto& [key, node] : table->raw()) {
+        const std::string sKey(key.str());
+        if (sKey == "system_log") {
+            configuration.trace.bSystemLog = *table->boolean(sKey);
+            continue;
+        }
+        const int nLevel = static_cast<int>(*table->integer(sKey, 0, MAX_TRACE_LEVEL));
+        if (sKey == "default") {
+            configuration.trace.nDefaultLevel = nLevel;
+        }
+        else {
+            configuration.trace.levels.push_back({sKey, nLevel});
+        }
+    }
+}
+
+void readProfile(const TomlTable& root, UnitConfiguration& configuration)
+{
+    const auto table = root.table("profile");
+    if (!table) {
+        return;
+    }
+    table->allowOnly({"file", "requested_power", "temperature", "frequency"});
+    configuration.profile.sFile = completePath(configuration, table->requiredText("file"));
+    Profile::Interpolation& interpolation = configuration.profile.interpolation;
+    interpolation.eRequestedPower = readInterpolation(*table, "requested_power", interpolation.eRequestedPower);
+    interpolation.eTemperature = readInterpolation(*table, "temperature", interpolation.eTemperature);
+    interpolation.eFrequency = readInterpolation(*table, "frequency", interpolation.eFrequency);
+}

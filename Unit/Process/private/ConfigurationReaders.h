@@ -1,0 +1,19 @@
+/** @file
+ * One reader per table of the unit file; each throws ConfigurationError.
+ */
+#pragma once
+
+#include "Unit/Process/UnitConfiguration.h"
+#include "Unit/Process/private/TomlTable.h"
+
+void readUnit(const TomlTable& root, UnitConfiguration& configuration);
+void readModules(const TomlTable& root, UnitConfiguration& configuration);
+void readCalibrations(const TomlTable& root, UnitConfiguration& configuration);
+void readTrace(const TomlTable& root, UnitConfiguration& configuration);
+void readProfile(const TomlTable& root, UnitConfiguration& configuration);
+
+/** Reads [transmitter] as well, which every channel starts from. */
+void readChannels(const TomlTable& root, UnitConfiguration& configuration);
+
+/** Reads faults; call it after readChannels(), whose channels they name. */
+void readFaults(const TomlTable& root, UnitConfiguration& configuration);

@@ -1,0 +1,228 @@
+#include "Unit/Process/RadioChannel.h"
+
+#include "Platform/Broker/CInterfaceBroker.h"
+#include "Platform/Broker/InterfaceBroker.h"
+#include "Simulation/Handlers/ISimulatedFrequency.h"
+#include "Simulation/Handlers/ISimulatedTransmitter.h"
+#include "Unit/Process/LoadedModule.h"
+#include "Unit/Process/PowerText.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+namespace
+{
+template <class TKnob> TKnob* findKnob(const std::string& sName)
+{
+    return dynamic_cast<TKnob*>(InterfaceBroker::getInstance().getInterface(sName));
+}
+
+void require(long nResult, unsigned int nChannel, const char* pWhat)
+{
+    if (EAF_isFailure(nResult)) {
+        throw UnitStartError(fmt::format("channel {}: {} failed: {:#x}", nChannel, pWhat, nResult));
+    }
+}
+} // namespace
+
+RadioChannel::RadioChannel(const ChannelConfiguration& configuration)
+    : m_configuration(configuration), m_pctrlObserver{this, onPctrl}, m_ptargetObserver{this, onPctrl},
+      m_predictedPctrlObserver{this, onPredictedPctrl}, m_powerModeObserver{this, onPowerMode}
+{}
+
+void RadioChannel::configureSimulation()
+{
+    m_pTransmitter = findKnob<ISimulatedTransmitter>(outputPowerHandlerName(number()));
+    m_pFrequency = findKnob<ISimulatedFrequency>(channelInterfaceName("IFrequencyHandler_Tx", number()));
+    if (m_pTransmitter != nullptr) {
+        m_pTransmitter->configure(m_configuration.transmitter, m_configuration.nSeed);
+    }
+}
+
+std::string RadioChannel::controllerName() const
+{
+    return channelInterfaceName("IOutputPowerController", number());
+}
+
+bool RadioChannel::connect()
+{
+    void* pBroker = nullptr;
+    void* pTable = nullptr;
+    CInterfaceBroker_GetInstance(&pBroker);
+    CInterfaceBroker_GetInterface(pBroker, controllerName().c_str(), &pTable);
+    CInterfaceBroker_DestroyInstance(pBroker);
+    if (pTable == nullptr) {
+        return false;
+    }
+    m_pController = static_cast<const IOutputPowerControllerCStruct*>(pTable);
+    registerObservers();
+    return true;
+}
+
+void RadioChannel::registerObservers()
+{
+    const IOutputPowerControllerCStruct& table = *m_pController;
+    require(table.staticRegisterPctrlObserver(table.vpThis, &m_pctrlObserver), number(), "registering an observer");
+    require(table.staticRegisterPtargetObserver(table.vpThis, &m_ptargetObserver), number(), "registering an observer");
+    require(table.staticRegisterPredictedPctrlObserver(table.vpThis, &m_predictedPctrlObserver), number(),
+            "registering an observer");
+    require(table.staticRegisterPowerModeObserver(table.vpThis, &m_powerModeObserver), number(),
+            "registering an observer");
+}
+
+void RadioChannel::configureController(unsigned int intervalMs)
+{
+    const IOutputPowerControllerCStruct& table = *m_pController;
+    const ChannelConfiguration& settings = m_configuration;
+    require(table.staticSetRegulatorInterval(table.vpThis, static_cast<long>(intervalMs)), number(),
+            "setting the regulator interval");
+    require(table.staticSetTxPminPmax(table.vpThis, centiDb(settings.txPminDbm), centiDb(settings.txPmaxDbm)), number(),
+            "setting the power limits");
+    setGains(eOPC_TX_ON_RAMPING, settings.gainPercentRamping);
+    setGains(eOPC_TX_ON, settings.gainPercentOn);
+    if (settings.bProductionTest || settings.nLoopMode != eRF_DETECTOR_LOOP_MODE_NORMAL) {
+        require(table.staticSetProductionTestSettings(table.vpThis, settings.bProductionTest ? 1U : 0U,
+                                                      static_cast<ERfDetectorLoopMode>(settings.nLoopMode)),
+                number(), "setting production test");
+    }
+}
+
+void RadioChannel::setGains(EOPCState eState, const std::optional<GainPercent>& gain)
+{
+    if (!gain) {
+        return;
+    }
+    for (std::size_t nDetectorState = 0; nDetectorState < gain->size(); ++nDetectorState) {
+        require(m_pController->staticSetGain(m_pController->vpThis, static_cast<EOPHDetectorState>(nDetectorState),
+                                             eState, gain->at(nDetectorState)),
+                number(), "setting a gain");
+    }
+}
+
+void RadioChannel::requestOn()
+{
+    require(m_pController->staticSetRequestedTxPowerState(m_pController->vpThis, eREQUESTED_TX_POWER_ON,
+                                                          static_cast<ETxPowerMode>(m_configuration.nPowerMode)),
+            number(), "requesting the transmitter on");
+}
+
+long RadioChannel::requestOff()
+{
+    return m_pController->staticSetRequestedTxPowerState(m_pController->vpThis, eREQUESTED_TX_POWER_OFF,
+                                                         static_cast<ETxPowerMode>(m_configuration.nPowerMode));
+}
+
+void RadioChannel::setSurroundings(double temperatureDegrees, double frequencyMhz)
+{
+    m_temperatureDegrees = temperatureDegrees;
+    m_frequencyMhz = frequencyMhz;
+    if (m_pTransmitter != nullptr) {
+        m_pTransmitter->setAmbientTemperature(temperatureDegrees);
+        m_pTransmitter->setFrequencyMhz(frequencyMhz);
+    }
+    const int nFrequency = nearestInteger(frequencyMhz);
+    if (m_pFrequency != nullptr && m_nNotifiedFrequency != nFrequency) {
+        m_pFrequency->setTxFrequency(nFrequency);
+        m_nNotifiedFrequency = nFrequency;
+    }
+}
+
+void RadioChannel::advanceSimulation(double seconds)
+{
+    if (m_pTransmitter != nullptr) {
+        m_pTransmitter->advance(seconds);
+    }
+}
+
+void RadioChannel::setFault(EHandlerOperation eOperation, const HandlerFault& fault)
+{
+    if (m_pTransmitter != nullptr) {
+        m_pTransmitter->setFault(eOperation, fault);
+    }
+}
+
+void RadioChannel::step(std::int32_t nRequestedPower, StepSample& sample)
+{
+    const IOutputPowerControllerCStruct& table = *m_pController;
+    sample.nStateBefore = state();
+    sample.nResult = static_cast<std::int32_t>(table.staticRegulate(table.vpThis, nRequestedPower));
+    long nPtarget = 0;
+    long nPctrl = 0;
+    long nPowerError = 0;
+    long nPmeasured = 0;
+    long nTxPmin = 0;
+    long nPctrlMax = 0;
+    EOPCState eState = eOPC_UNDEFINED;
+    EOPHDetectorState eDetectorState = eOPH_DETECTOR_STATE_UNKNOWN;
+    table.staticGetLogData(table.vpThis, &nPtarget, &nPctrl, &nPowerError, &nPmeasured, &nTxPmin, &nPctrlMax, &eState,
+                           &eDetectorState);
+    sample.nChannelNumber = number();
+    sample.nState = eState;
+    sample.nRequestedPower = nRequestedPower;
+    sample.nPtarget = static_cast<std::int32_t>(nPtarget);
+    sample.nPctrl = static_cast<std::int32_t>(nPctrl);
+    sample.nPmeasured = static_cast<std::int32_t>(nPmeasured);
+    sample.nPredictedPctrl = m_nPredictedPctrl;
+    sample.nPowerError = static_cast<std::int32_t>(nPowerError);
+    sample.nDetectorState = eDetectorState;
+    sample.temperatureDegrees = static_cast<float>(m_temperatureDegrees);
+    sample.frequencyMhz = static_cast<float>(m_frequencyMhz);
+    count(sample);
+    sample.nSteps = m_statistics.nSteps;
+    sample.nFailedSteps = m_statistics.nFailedSteps;
+}
+
+void RadioChannel::count(const StepSample& sample)
+{
+    ChannelStatistics& statistics = m_statistics;
+    ++statistics.nSteps;
+    statistics.nFailedSteps += EAF_isFailure(sample.nResult) ? 1 : 0;
+    statistics.nLastState = sample.nState;
+    if (sample.nState != eOPC_TX_ON) {
+        return;
+    }
+    if (statistics.nSwitchOnSteps == 0) {
+        statistics.nSwitchOnSteps = statistics.nSteps;
+        statistics.nSwitchOnTimeUs = sample.nTimeUs;
+    }
+    statistics.nPctrlMin = statistics.bHasPctrl ? std::min(statistics.nPctrlMin, sample.nPctrl) : sample.nPctrl;
+    statistics.nPctrlMax = statistics.bHasPctrl ? std::max(statistics.nPctrlMax, sample.nPctrl) : sample.nPctrl;
+    statistics.bHasPctrl = true;
+}
+
+EOPCState RadioChannel::state() const
+{
+    EOPCState eState = eOPC_UNDEFINED;
+    m_pController->staticGetOPCState(m_pController->vpThis, &eState);
+    return eState;
+}
+
+bool RadioChannel::isOn() const
+{
+    ETxPowerActualStatus eStatus = eTX_POWER_ACTUAL_OFF;
+    m_pController->staticGetTxPowerActualStatus(m_pController->vpThis, &eStatus);
+    return eStatus == eTX_POWER_ACTUAL_ON;
+}
+
+std::optional<std::uint64_t> RadioChannel::refusedCalls() const
+{
+    return m_pTransmitter == nullptr ? std::nullopt : std::optional<std::uint64_t>(m_pTransmitter->refusedCalls());
+}
+
+void RadioChannel::onPctrl(void* vpThis, unsigned int /*nChannel*/, int /*nPctrl*/)
+{
+    ++static_cast<RadioChannel*>(vpThis)->m_statistics.nNotifications;
+}
+
+void RadioChannel::onPredictedPctrl(void* vpThis, unsigned int /*nChannel*/, int nPredictedPctrl)
+{
+    auto* pThis = static_cast<RadioChannel*>(vpThis);
+    ++pThis->m_statistics.nNotifications;
+    pThis->m_nPredictedPctrl = nPredictedPctrl;
+}
+
+void RadioChannel::onPowerMode(void* vpThis, unsigned int /*nChannel*/, ETxPowerMode /*eMode*/)
+{
+    ++static_cast<RadioChannel*>(vpThis)->m_statistics.nNotifications;
+}

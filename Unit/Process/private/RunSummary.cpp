@@ -1,0 +1,88 @@
+#include "Unit/Process/RunSummary.h"
+
+#include "Unit/Process/PowerText.h"
+
+#include <fmt/format.h>
+
+#include <iterator>
+
+namespace
+{
+constexpr double NANOSECONDS_PER_MILLISECOND = 1e6;
+constexpr double MICROSECONDS_PER_MILLISECOND = 1e3;
+
+class Lines
+{
+public:
+    template <class... TArguments> void add(const char* pLabel, const char* pFormat, const TArguments&... arguments)
+    {
+        fmt::format_to(std::back_inserter(m_sText), "  {:<22}{}\n", pLabel,
+                       fmt::format(fmt::runtime(pFormat), arguments...));
+    }
+
+    void heading(const std::string& sText) { m_sText += sText + "\n"; }
+
+    const std::string& text() const { return m_sText; }
+
+private:
+    std::string m_sText;
+};
+
+void addTracking(Lines& lines, const TrackingSummary& tracking, unsigned int intervalMs)
+{
+    lines.add("settled steps", "{}", tracking.nSettledSteps);
+    if (tracking.nSettledSteps > 0) {
+        lines.add("error", "mean {:.3f} dB, rms {:.3f} dB, 99 % {} dB, 99.9 % {} dB, max {} dB",
+                  tracking.meanCentiDb / 100.0, tracking.rmsCentiDb / 100.0, decibelText(tracking.p99CentiDb),
+                  decibelText(tracking.p999CentiDb), decibelText(tracking.maxCentiDb));
+        lines.add("within 0.10 dB", "{:.2f} %", tracking.shareWithinTenCentiDb * 100.0);
+    }
+    lines.add("jumps of the target", "{}, settled {}", tracking.nJumps, tracking.nJumpsSettled);
+    if (tracking.nJumpsSettled > 0) {
+        lines.add("settling to 0.10 dB", "mean {:.1f} steps ({:.0f} ms), max {} steps ({} ms)",
+                  tracking.meanSettlingSteps, tracking.meanSettlingSteps * intervalMs, tracking.maxSettlingSteps,
+                  std::uint64_t{tracking.maxSettlingSteps} * intervalMs);
+    }
+}
+
+void addChannel(Lines& lines, const ChannelResult& channel, unsigned int intervalMs)
+{
+    const ChannelStatistics& statistics = channel.statistics;
+    lines.heading(fmt::format("channel {}", channel.nChannel));
+    lines.add("reached TX_ON", "{}", statistics.nSwitchOnSteps > 0 ? "yes" : "no");
+    if (statistics.nSwitchOnSteps > 0) {
+        lines.add("switch-on", "{} steps, {:.0f} ms", statistics.nSwitchOnSteps,
+                  static_cast<double>(statistics.nSwitchOnTimeUs) / MICROSECONDS_PER_MILLISECOND);
+    }
+    lines.add("last state", "{}", controllerStateName(statistics.nLastState));
+    lines.add("steps", "{}, {} failed", statistics.nSteps, statistics.nFailedSteps);
+    if (statistics.bHasPctrl) {
+        lines.add("Pctrl while on", "{} to {} dBm", decibelText(statistics.nPctrlMin),
+                  decibelText(statistics.nPctrlMax));
+    }
+    lines.add("notifications", "{}", statistics.nNotifications);
+    if (channel.nRefusedCalls) {
+        lines.add("refused handler calls", "{}", *channel.nRefusedCalls);
+    }
+    addTracking(lines, channel.tracking, intervalMs);
+}
+} // namespace
+
+std::string summaryText(const RunResult& result)
+{
+    Lines lines;
+    lines.heading("Summary");
+    lines.add("ended by", "{}", result.sEndedBy);
+    lines.add("regulator interval", "{} ms", result.intervalMs);
+    lines.add("overruns", "{} deadlines skipped", result.nOverruns);
+    lines.add("lateness", "mean {:.3f} ms, max {:.3f} ms", result.meanLatenessNs / NANOSECONDS_PER_MILLISECOND,
+              static_cast<double>(result.nMaxLatenessNs) / NANOSECONDS_PER_MILLISECOND);
+    lines.add("dropped samples", "{}", result.nDroppedSamples);
+    if (!result.sRecordedFile.empty()) {
+        lines.add("recorded", "{} rows in {}", result.nRecordedRows, result.sRecordedFile);
+    }
+    for (const ChannelResult& channel : result.channels) {
+        addChannel(lines, channel, result.intervalMs);
+    }
+    return lines.text();
+}

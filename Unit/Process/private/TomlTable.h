@@ -1,0 +1,60 @@
+/** @file
+ * Reads a table of a TOML file so strictly that a slip of the pen is found.
+ */
+#pragma once
+
+#include <toml++/toml.h>
+
+#include <cstdint>
+#include <initializer_list>
+#include <optional>
+#include <string>
+#include <vector>
+
+/** A table of a TOML file that knows where it stands. Every reader throws ConfigurationError with file and line. */
+class TomlTable
+{
+public:
+    /**
+     * @param table must outlive this object
+     * @param sPath file that it comes from
+     * @param sPlace how people write the table, such as "[unit]"
+     */
+    TomlTable(const toml::table& table, std::string sPath, std::string sPlace);
+
+    /** Refuses keys other than these. */
+    void allowOnly(const std::vector<std::string>& keys) const;
+
+    bool has(const std::string& sKey) const { return m_table.contains(sKey); }
+    const toml::table& raw() const { return m_table; }
+    std::size_t line() const;
+
+    std::optional<std::string> text(const std::string& sKey) const;
+    std::string requiredText(const std::string& sKey) const;
+    std::optional<bool> boolean(const std::string& sKey) const;
+    std::optional<double> number(const std::string& sKey, double minimum, double maximum) const;
+    std::optional<std::int64_t> integer(const std::string& sKey, std::int64_t minimum, std::int64_t maximum) const;
+    std::int64_t requiredInteger(const std::string& sKey, std::int64_t minimum, std::int64_t maximum) const;
+
+    /** Reads an integer, or a list of as many as asked for; one integer stands for all of them. */
+    std::optional<std::vector<int>> integers(const std::string& sKey, std::size_t nCount, std::int64_t minimum,
+                                             std::int64_t maximum) const;
+
+    /** @return the table under a key */
+    std::optional<TomlTable> table(const std::string& sKey) const;
+
+    /** @return the tables of an array of tables, in the file's order */
+    std::vector<TomlTable> tables(const std::string& sKey) const;
+
+    /** @throws ConfigurationError at the line of a key, or of the table itself */
+    [[noreturn]] void fail(const std::string& sKey, const std::string& sText) const;
+
+private:
+    [[noreturn]] void failKind(const std::string& sKey, const std::string& sWanted) const;
+    std::int64_t checkedInteger(const std::string& sKey, const toml::node& node, std::int64_t minimum,
+                                std::int64_t maximum) const;
+
+    const toml::table& m_table;
+    std::string m_sPath;
+    std::string m_sPlace;
+};

@@ -1,0 +1,116 @@
+#include "Unit/Process/UnitConfiguration.h"
+
+#include "Platform/ConfigurationError.h"
+#include "Unit/Process/private/ConfigurationReaders.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+namespace
+{
+std::string readWhole(const std::string& sPath)
+{
+    std::error_code error;
+    if (std::filesystem::is_directory(sPath, error)) {
+        throw ConfigurationError(fmt::format("{}: is a folder; name a unit file", sPath));
+    }
+    errno = 0;
+    std::ifstream stream(sPath, std::ios::binary);
+    std::string sText{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+    if (!stream.is_open() || stream.bad()) {
+        throw ConfigurationError(fmt::format("{}: cannot be read: {}; name a unit file, such as examples/unit.toml",
+                                             sPath, std::strerror(errno)));
+    }
+    return sText;
+}
+
+toml::table parse(const std::string& sPath)
+{
+    const std::string sText = readWhole(sPath);
+    try {
+        return toml::parse(sText, sPath);
+    }
+    catch (const toml::parse_error& error) {
+        // Where the encoding is wrong the parser tells the line of the block that it was reading, not the true one.
+        const bool bEncoding = error.description().find("utf-8") != std::string_view::npos;
+        throw ConfigurationError::atLine(sPath, bEncoding ? 0 : error.source().begin.line,
+                                         fmt::format("not valid TOML: {}", error.description()));
+    }
+}
+} // namespace
+
+UnitConfiguration loadUnitConfiguration(const std::string& sPath)
+{
+    const toml::table document = parse(sPath);
+    UnitConfiguration configuration;
+    configuration.sPath = sPath;
+    configuration.sFolder = std::filesystem::path(sPath).parent_path().string();
+    const TomlTable root(document, sPath, "the file");
+    root.allowOnly({"unit", "module", "storage", "calibration", "trace", "profile", "transmitter", "channel", "fault"});
+    readUnit(root, configuration);
+    readModules(root, configuration);
+    readCalibrations(root, configuration);
+    readTrace(root, configuration);
+    readProfile(root, configuration);
+    readChannels(root, configuration);
+    readFaults(root, configuration);
+    return configuration;
+}
+
+void selectChannels(UnitConfiguration& configuration, std::optional<unsigned int> nCount)
+{
+    const std::size_t nAvailable = configuration.channels.size();
+    const std::size_t nWanted = nCount ? *nCount : nAvailable;
+    if (nWanted == 0 || nWanted > nAvailable) {
+        throw ConfigurationError(fmt::format("{}: lists {} channel{}, {} asked for; use --channels 1 to {}, or add "
+                                             "[[channel]] tables",
+                                             configuration.sPath, nAvailable, nAvailable == 1 ? "" : "s", nWanted,
+                                             nAvailable));
+    }
+    configuration.channels.resize(nWanted);
+    const auto belongsToNone = [&configuration](const FaultConfiguration& fault) {
+        return std::none_of(
+            configuration.channels.begin(), configuration.channels.end(),
+            [&fault](const ChannelConfiguration& channel) { return channel.nNumber == fault.nChannel; });
+    };
+    configuration.faults.erase(std::remove_if(configuration.faults.begin(), configuration.faults.end(), belongsToNone),
+                               configuration.faults.end());
+}
+
+void checkChannelsAreApart(const UnitConfiguration& configuration)
+{
+    for (auto second = configuration.channels.begin(); second != configuration.channels.end(); ++second) {
+        for (auto first = configuration.channels.begin(); first != second; ++first) {
+            if (first->nNumber == second->nNumber) {
+                throw ConfigurationError::atLine(configuration.sPath, second->nLine,
+                                                 fmt::format("channel {} is listed twice, first in line {}; give each "
+                                                             "[[channel]] a number of its own",
+                                                             second->nNumber, first->nLine));
+            }
+            const std::string sHandler = outputPowerHandlerName(second->nNumber);
+            if (outputPowerHandlerName(first->nNumber) == sHandler) {
+                throw ConfigurationError::atLine(configuration.sPath, second->nLine,
+                                                 fmt::format("channels {} and {} would both meet the handler \"{}\"; "
+                                                             "choose numbers that differ in their first digit",
+                                                             first->nNumber, second->nNumber, sHandler));
+            }
+        }
+    }
+}
+
+std::string outputPowerHandlerName(unsigned int nChannel)
+{
+    constexpr std::size_t LOOKED_UP_CHARACTERS = 21;
+    return fmt::format("IOutputPowerHandler.{}", nChannel).substr(0, LOOKED_UP_CHARACTERS);
+}
+
+std::string channelInterfaceName(const std::string& sBase, unsigned int nChannel)
+{
+    return nChannel == 0 ? sBase : fmt::format("{}_{}", sBase, nChannel);
+}

@@ -1,0 +1,217 @@
+#include "Unit/Process/UnitRun.h"
+
+#include "Unit/Process/ChannelMeasures.h"
+#include "Unit/Process/PowerText.h"
+#include "Unit/Process/RegulationLoop.h"
+#include "Unit/Process/RunSummary.h"
+#include "Unit/Process/StatusDisplay.h"
+#include "Unit/Process/StopSignals.h"
+#include "Unit/Process/TraceLines.h"
+#include "Unit/Process/UnitProcess.h"
+#include "Unit/Recorder/CsvWriter.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <thread>
+
+namespace
+{
+constexpr int DRAIN_INTERVAL_MS = 50;
+constexpr double QUEUE_SECONDS = 5.0; // how long the reader may be held up before samples are lost
+constexpr double MILLISECONDS_PER_SECOND = 1000.0;
+
+std::size_t queueCapacity(const UnitConfiguration& unit)
+{
+    const double stepsPerSecond = MILLISECONDS_PER_SECOND / unit.intervalMs;
+    return static_cast<std::size_t>(QUEUE_SECONDS * stepsPerSecond + 1.0) * unit.channels.size();
+}
+
+/** Reads the samples of a run while it goes on, in the main thread. */
+class SampleReader
+{
+public:
+    SampleReader(SampleQueue& queue, CsvWriter* pWriter, StatusDisplay& display, std::size_t nChannels)
+        : m_queue(queue), m_pWriter(pWriter), m_display(display), m_measures(nChannels)
+    {}
+
+    void drain()
+    {
+        m_queue.consume_all([this](const StepSample& sample) {
+            m_measures[sample.nChannelIndex].add(sample);
+            m_display.add(sample);
+            if (m_pWriter != nullptr) {
+                m_pWriter->add(sample);
+            }
+        });
+        if (m_pWriter != nullptr) {
+            m_pWriter->flush();
+            reportWriteError();
+        }
+        m_display.refresh();
+    }
+
+    const std::vector<ChannelMeasures>& measures() const { return m_measures; }
+
+private:
+    void reportWriteError()
+    {
+        if (!m_bErrorReported && !m_pWriter->error().empty()) {
+            m_bErrorReported = true;
+            fmt::print(stderr, "opc run: {}\n", m_pWriter->error());
+        }
+    }
+
+    SampleQueue& m_queue;
+    CsvWriter* m_pWriter;
+    StatusDisplay& m_display;
+    std::vector<ChannelMeasures> m_measures;
+    bool m_bErrorReported = false;
+};
+
+std::unique_ptr<Profile> loadProfile(const UnitConfiguration& unit)
+{
+    return unit.profile.sFile.empty() ? nullptr
+                                      : std::make_unique<Profile>(unit.profile.sFile, unit.profile.interpolation);
+}
+
+RunSettings runSettings(const UnitConfiguration& unit, const RunOptions& options, const Profile* pProfile)
+{
+    RunSettings settings;
+    settings.intervalMs = unit.intervalMs;
+    settings.speed = options.speed;
+    settings.startSeconds = options.startSeconds;
+    settings.durationSeconds = options.durationSeconds;
+    settings.temperatureDegrees = unit.temperatureDegrees;
+    settings.pProfile = pProfile;
+    return settings;
+}
+
+/** Lets the regulation end, whatever keeps its supervisor from waiting for it. */
+class StopOnExit
+{
+public:
+    explicit StopOnExit(RegulationLoop& loop) : m_loop(loop) {}
+    ~StopOnExit() { m_loop.requestStop(); }
+    StopOnExit(const StopOnExit&) = delete;
+    StopOnExit& operator=(const StopOnExit&) = delete;
+
+private:
+    RegulationLoop& m_loop;
+};
+
+void showTrace(TraceLines& trace, StatusDisplay& display)
+{
+    const std::string sText = trace.take();
+    if (!sText.empty()) {
+        display.note(sText);
+    }
+}
+
+/** @return what ended the run */
+std::string superviseUntilFinished(RegulationLoop& loop, const StopSignals& signals, SampleReader& reader,
+                                   StatusDisplay& display)
+{
+    TraceLines trace(isatty(STDOUT_FILENO) == 1 && isatty(STDERR_FILENO) == 1);
+    std::string sEndedBy;
+    while (!loop.isFinished()) {
+        const std::string sSignal = signals.wait(DRAIN_INTERVAL_MS);
+        if (!sSignal.empty()) {
+            display.note(sEndedBy.empty() ? sSignal + ": switching off" : sSignal + ": already switching off");
+            sEndedBy = sEndedBy.empty() ? sSignal : sEndedBy;
+            loop.requestStop();
+        }
+        showTrace(trace, display);
+        reader.drain();
+    }
+    showTrace(trace, display);
+    reader.drain();
+    return sEndedBy.empty() ? "duration" : sEndedBy;
+}
+
+void collect(RunResult& result, UnitProcess& process, const RegulationLoop& loop, const SampleReader& reader)
+{
+    const LatenessStatistics& lateness = loop.lateness();
+    result.nOverruns = loop.overruns();
+    result.nMaxLatenessNs = lateness.nMaxNs;
+    result.meanLatenessNs =
+        lateness.nCount == 0 ? 0.0 : static_cast<double>(lateness.nTotalNs) / static_cast<double>(lateness.nCount);
+    result.nDroppedSamples = loop.droppedSamples();
+    for (std::size_t nChannel = 0; nChannel < process.channels().size(); ++nChannel) {
+        const RadioChannel& channel = *process.channels()[nChannel];
+        result.channels.push_back(
+            {channel.number(), channel.statistics(), channel.refusedCalls(), reader.measures()[nChannel].tracking()});
+    }
+}
+
+std::vector<RadioChannel*> requestAllOn(UnitProcess& process)
+{
+    std::vector<RadioChannel*> channels;
+    for (const auto& pChannel : process.channels()) {
+        pChannel->requestOn();
+        channels.push_back(pChannel.get());
+    }
+    return channels;
+}
+
+/** Runs a unit that has started, and stops it. @return whether all went well */
+bool regulate(UnitProcess& process, const UnitConfiguration& unit, const RunSettings& settings,
+              const StopSignals& signals, CsvWriter* pWriter)
+{
+    StatusDisplay display(stdout, isatty(STDOUT_FILENO) == 1, unit.channels.size());
+    SampleQueue queue(queueCapacity(unit));
+    SampleReader reader(queue, pWriter, display, unit.channels.size());
+    RegulationLoop loop(settings, requestAllOn(process), process.temperature(), unit.faults, queue);
+    RunResult result;
+    {
+        const std::jthread thread([&loop] { loop.run(); });
+        const StopOnExit stopOnExit(loop);
+        result.sEndedBy = superviseUntilFinished(loop, signals, reader, display);
+    }
+    result.intervalMs = unit.intervalMs;
+    if (!loop.error().empty()) {
+        result.sEndedBy = loop.error();
+        fmt::print(stderr, "opc run: {}\n", loop.error());
+    }
+    collect(result, process, loop, reader);
+    if (pWriter != nullptr) {
+        result.sRecordedFile = pWriter->path();
+        result.nRecordedRows = pWriter->rowsWritten();
+    }
+    process.stop();
+    fmt::print("{}", summaryText(result));
+    (void)std::fflush(stdout);
+    return loop.error().empty() && (pWriter == nullptr || pWriter->error().empty());
+}
+
+void printWarnings(const UnitProcess& process, std::size_t nFirst)
+{
+    for (std::size_t nWarning = nFirst; nWarning < process.warnings().size(); ++nWarning) {
+        fmt::print(stderr, "opc run: warning: {}\n", process.warnings()[nWarning]);
+    }
+}
+} // namespace
+
+int runUnit(const RunOptions& options)
+{
+    const StopSignals signals;
+    (void)std::signal(SIGPIPE, SIG_IGN); // a reader of the output that goes away must not keep the transmitter on
+    UnitConfiguration unit = loadUnitConfiguration(options.sUnitFile);
+    selectChannels(unit, options.nChannels);
+    checkChannelsAreApart(unit);
+    const std::unique_ptr<Profile> pProfile = loadProfile(unit);
+    UnitProcess process(unit);
+    process.load();
+    const std::unique_ptr<CsvWriter> pWriter =
+        options.sCsvFile.empty() ? nullptr : std::make_unique<CsvWriter>(options.sCsvFile);
+    process.start();
+    const std::size_t nStartWarnings = process.warnings().size();
+    printWarnings(process, 0);
+    if (pWriter) {
+        pWriter->begin();
+    }
+    const bool bWell = regulate(process, unit, runSettings(unit, options, pProfile.get()), signals, pWriter.get());
+    printWarnings(process, nStartWarnings);
+    return bWell ? 0 : 1;
+}

@@ -1,0 +1,113 @@
+#include "Unit/Process/RadioChannel.h"
+
+#include "Unit/Process/LoadedModule.h"
+#include "tests/unit/FakeController.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace
+{
+ChannelConfiguration channelSeven()
+{
+    ChannelConfiguration configuration;
+    configuration.nNumber = 7;
+    return configuration;
+}
+} // namespace
+
+TEST(RadioChannel, FindsNoControllerWhereNoneIsPublished)
+{
+    RadioChannel channel(channelSeven());
+    EXPECT_EQ(channel.controllerName(), "IOutputPowerController_7");
+    EXPECT_FALSE(channel.connect());
+}
+
+TEST(RadioChannel, ConfiguresTheControllerThroughItsTable)
+{
+    FakeController controller("IOutputPowerController_7");
+    ChannelConfiguration configuration = channelSeven();
+    configuration.txPminDbm = -5.5;
+    configuration.txPmaxDbm = 21.0;
+    configuration.gainPercentOn = GainPercent{10, 20, 30};
+    RadioChannel channel(configuration);
+    ASSERT_TRUE(channel.connect());
+    EXPECT_EQ(controller.nObservers, 3);
+    EXPECT_NE(controller.pPredictedObserver, nullptr);
+    channel.configureController(12);
+    EXPECT_EQ(controller.nInterval, 12);
+    EXPECT_EQ(controller.limits, std::make_pair(-550L, 2100L));
+    EXPECT_THAT(controller.gains,
+                testing::ElementsAre(testing::Pair(std::make_pair(0, 8), 10), testing::Pair(std::make_pair(1, 8), 20),
+                                     testing::Pair(std::make_pair(2, 8), 30)));
+    EXPECT_EQ(controller.productionTest.second, -1); // not touched unless the file asks for it
+}
+
+TEST(RadioChannel, SetsProductionTestWhenAskedTo)
+{
+    FakeController controller("IOutputPowerController_7");
+    ChannelConfiguration configuration = channelSeven();
+    configuration.bProductionTest = true;
+    configuration.nLoopMode = 2;
+    RadioChannel channel(configuration);
+    ASSERT_TRUE(channel.connect());
+    channel.configureController(6);
+    EXPECT_EQ(controller.productionTest, std::make_pair(1U, 2));
+}
+
+TEST(RadioChannel, RequestsWithThePowerModeOfTheFile)
+{
+    FakeController controller("IOutputPowerController_7");
+    ChannelConfiguration configuration = channelSeven();
+    configuration.nPowerMode = 0;
+    RadioChannel channel(configuration);
+    ASSERT_TRUE(channel.connect());
+    channel.requestOn();
+    EXPECT_EQ(channel.requestOff(), EAF_OK);
+    EXPECT_THAT(controller.requests,
+                testing::ElementsAre(std::make_pair(eREQUESTED_TX_POWER_ON, eTX_POWER_MODE_STEP_LIMITED),
+                                     std::make_pair(eREQUESTED_TX_POWER_OFF, eTX_POWER_MODE_STEP_LIMITED)));
+    controller.nRequestResult = EAF_NULL_POINTER;
+    EXPECT_THROW(channel.requestOn(), UnitStartError);
+}
+
+TEST(RadioChannel, FillsASampleAndCounts)
+{
+    FakeController controller("IOutputPowerController_7");
+    RadioChannel channel(channelSeven());
+    ASSERT_TRUE(channel.connect());
+    channel.setSurroundings(31.5, 4999.75);
+    StepSample sample{};
+    channel.step(1500, sample); // off
+    EXPECT_FALSE(channel.statistics().bHasPctrl);
+    channel.requestOn();
+    controller.pPredictedObserver->pfnNotify(controller.pPredictedObserver->vpThis, 7, 1234);
+    sample.nTimeUs = 6000;
+    channel.step(1501, sample);
+    EXPECT_EQ(sample.nStateBefore, eOPC_TX_ON_INITIATED);
+    EXPECT_EQ(sample.nState, eOPC_TX_ON);
+    EXPECT_EQ(sample.nChannelNumber, 7U);
+    EXPECT_EQ(sample.nRequestedPower, 1501);
+    EXPECT_EQ(sample.nPtarget, 101);
+    EXPECT_EQ(sample.nPctrl, 104);
+    EXPECT_EQ(sample.nPowerError, 103);
+    EXPECT_EQ(sample.nPmeasured, 104);
+    EXPECT_EQ(sample.nPredictedPctrl, 1234);
+    EXPECT_EQ(sample.nDetectorState, eOPH_DETECTOR_STATE_2);
+    EXPECT_EQ(sample.temperatureDegrees, 31.5F);
+    EXPECT_EQ(sample.frequencyMhz, 4999.75F);
+    EXPECT_EQ(sample.nResult, 0);
+    controller.nRegulateResult = EAF_FAILED;
+    channel.step(1502, sample);
+    EXPECT_EQ(sample.nResult, EAF_FAILED);
+    EXPECT_EQ(sample.nSteps, 3U);
+    EXPECT_EQ(sample.nFailedSteps, 1U);
+    const ChannelStatistics& statistics = channel.statistics();
+    EXPECT_EQ(statistics.nSwitchOnSteps, 2U);
+    EXPECT_EQ(statistics.nSwitchOnTimeUs, 6000U);
+    EXPECT_EQ(statistics.nPctrlMin, 104);
+    EXPECT_EQ(statistics.nPctrlMax, 105);
+    EXPECT_EQ(statistics.nNotifications, 1U);
+    EXPECT_THAT(controller.requestedPowers, testing::ElementsAre(1500, 1501, 1502));
+    EXPECT_EQ(channel.refusedCalls(), std::nullopt); // the handler is not a simulated one
+}

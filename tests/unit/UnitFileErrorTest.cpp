@@ -1,0 +1,141 @@
+#include "Platform/ConfigurationError.h"
+#include "Unit/Process/UnitConfiguration.h"
+#include "tests/unit/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <ostream>
+
+namespace
+{
+/** A unit file that is refused. In the text, MODULE stands for a complete module of three lines. */
+struct BadFile
+{
+    const char* pWhat;
+    const char* pText;
+    const char* pError; /**< after the file's path */
+};
+
+const BadFile BAD_FILES[] = {
+    {"Empty", "", ":1: lists no module; add [[module]] tables with name and library"},
+    {"NoChannel", "MODULE", ":1: lists no channel; add a [[channel]] table with a number"},
+    {"UnknownTable", "[units]\n",
+     ":1: unknown key \"units\" in the file; known keys: unit, module, storage, calibration, trace, profile, "
+     "transmitter, channel, fault"},
+    {"UnknownKeyOfUnit", "[unit]\n\nintervall_ms = 6\n",
+     ":3: unknown key \"intervall_ms\" in [unit]; known keys: interval_ms, temperature_c"},
+    {"UnknownKeyOfModule", "[[module]]\nname = \"A\"\nlib = \"x\"\n",
+     ":3: unknown key \"lib\" in [[module]]; known keys: name, library, scope"},
+    {"UnknownKeyOfProfile", "MODULE[profile]\nfile = \"p\"\npower = \"held\"\n",
+     ":6: unknown key \"power\" in [profile]; known keys: file, requested_power, temperature, frequency"},
+    {"UnknownKeyOfChannel", "MODULE[[channel]]\nnumber = 0\npmin = 3\n",
+     ":6: unknown key \"pmin\" in [[channel]]; known keys: number, power_mode, tx_pmin_dbm, tx_pmax_dbm, "
+     "requested_power_dbm, frequency_mhz, gain_percent_ramping, gain_percent_on, production_test, loop_mode, "
+     "transmitter"},
+    {"IntervalOfZero", "[unit]\ninterval_ms = 0\n", ":2: interval_ms in [unit] must be a whole number from 1 to 24"},
+    {"IntervalTooLong", "[unit]\ninterval_ms = 25\n", ":2: interval_ms in [unit] must be a whole number from 1 to 24"},
+    {"IntervalNotWhole", "[unit]\ninterval_ms = 6.5\n",
+     ":2: interval_ms in [unit] must be a whole number from 1 to 24"},
+    {"IntervalAsText", "[unit]\ninterval_ms = \"6\"\n",
+     ":2: interval_ms in [unit] must be a whole number from 1 to 24"},
+    {"TemperatureNotANumber", "[unit]\ntemperature_c = nan\n",
+     ":2: temperature_c in [unit] must be a number from -100 to 200"},
+    {"UnitNotATable", "unit = 3\n", ":1: unit in the file must be a table, written [unit]"},
+    {"ModuleNotAList", "[module]\nname = \"A\"\n",
+     ":1: module in the file must be a list of tables, each written [[module]]"},
+    {"ModuleWithoutName", "[[module]]\nlibrary = \"x\"\n", ":1: [[module]] has no key name; add it"},
+    {"ModuleWithEmptyName", "[[module]]\nname = \"\"\nlibrary = \"x\"\n",
+     ":2: name in [[module]] must be a text that is not empty"},
+    {"ModuleWithNumberAsName", "[[module]]\nname = 3\nlibrary = \"x\"\n",
+     ":2: name in [[module]] must be a text in quotes"},
+    {"UnknownScope", "[[module]]\nname = \"A\"\nlibrary = \"x\"\nscope = \"all\"\n",
+     ":4: scope in [[module]] is \"all\"; it must be \"channel\" or \"unit\""},
+    {"StorageWithoutFile", "MODULE[storage]\n", ":4: [storage] has no key file; add it"},
+    {"CalibrationWithoutFile", "MODULE[[calibration]]\nname = \"T\"\n", ":4: [[calibration]] has no key file; add it"},
+    {"TraceLevelAsText", "MODULE[trace]\n\"RQX.OPC\" = \"all\"\n",
+     ":5: RQX.OPC in [trace] must be a whole number from 0 to 9"},
+    {"SystemLogAsNumber", "MODULE[trace]\nsystem_log = 1\n", ":5: system_log in [trace] must be true or false"},
+    {"UnknownInterpolation", "MODULE[profile]\nfile = \"p\"\ntemperature = \"cubic\"\n",
+     ":6: temperature in [profile] is \"cubic\"; it must be \"held\" or \"linear\""},
+    {"TransmitterOutOfRange", "MODULE[transmitter]\namplifier_count = 7\n",
+     ":5: amplifier_count in [transmitter] must be a number from 0 to 6"},
+    {"TransmitterLimitsCrossed", "MODULE[transmitter]\nmax_power_dbm = -20\n",
+     ":4: the transmitter's lower limit of the control power is -10 dBm, not below the upper one of -20 dBm; set them "
+     "apart"},
+    {"ChannelWithoutNumber", "MODULE[[channel]]\npower_mode = 1\n", ":4: [[channel]] has no key number; add it"},
+    {"NegativeChannel", "MODULE[[channel]]\nnumber = -1\n",
+     ":5: number in [[channel]] must be a whole number from 0 to 2147483647"},
+    {"PminUnknown", "MODULE[[channel]]\nnumber = 0\ntx_pmin_dbm = -100\n",
+     ":6: tx_pmin_dbm in [[channel]] must be a number from -98 to 100"},
+    {"PminAbovePmax", "MODULE[[channel]]\nnumber = 0\ntx_pmin_dbm = 20\ntx_pmax_dbm = 10\n",
+     ":6: tx_pmin_dbm in [[channel]] is 20, above tx_pmax_dbm, which is 10; lower it"},
+    {"GainsOfTwo", "MODULE[[channel]]\nnumber = 0\ngain_percent_on = [20, 20]\n",
+     ":6: gain_percent_on in [[channel]] must be a whole number or a list of 3"},
+    {"GainAsText", "MODULE[[channel]]\nnumber = 0\ngain_percent_on = [20, 20, \"20\"]\n",
+     ":6: gain_percent_on in [[channel]] must be a whole number from 0 to 1000"},
+    {"FaultOfNoChannel",
+     "MODULE[[channel]]\nnumber = 0\n[[fault]]\nchannel = 1\noperation = \"getPmeasured\"\nkind = \"fail\"\n",
+     ":7: [[fault]] is for channel 1, which the file does not list; use the number of a [[channel]]"},
+    {"FaultOfNoOperation",
+     "MODULE[[channel]]\nnumber = 0\n[[fault]]\nchannel = 0\noperation = \"getPower\"\nkind = \"fail\"\n",
+     ":8: operation in [[fault]] is \"getPower\"; it must be one of setOutputPower, setTxState, "
+     "setProductionTestSettings, getReducedGainFromAmplifier, getTxPowerReadings, calculateDetectorUsage, "
+     "getPmeasured, setZembraMlmTrafTx, getPctrlLimits"},
+    {"FaultOfNoKind",
+     "MODULE[[channel]]\nnumber = 0\n[[fault]]\nchannel = 0\noperation = \"getPmeasured\"\nkind = \"broken\"\n",
+     ":9: kind in [[fault]] is \"broken\"; it must be one of none, fail, fail-times, stuck, wrong-value, slow"},
+};
+
+void PrintTo(const BadFile& file, std::ostream* pStream)
+{
+    *pStream << file.pWhat;
+}
+
+class BadUnitFile : public testing::TestWithParam<BadFile>
+{
+};
+} // namespace
+
+TEST_P(BadUnitFile, IsRefusedWithFileLineAndRemedy)
+{
+    const TemporaryFolder folder;
+    std::string sText = GetParam().pText;
+    const std::string sMark = "MODULE";
+    if (const auto nAt = sText.find(sMark); nAt != std::string::npos) {
+        sText.replace(nAt, sMark.size(), "[[module]]\nname = \"A\"\nlibrary = \"libA.so\"\n");
+    }
+    const std::string sPath = folder.write("unit.toml", sText);
+    try {
+        loadUnitConfiguration(sPath);
+        FAIL() << "not refused";
+    }
+    catch (const ConfigurationError& error) {
+        EXPECT_EQ(error.what(), sPath + GetParam().pError);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Files, BadUnitFile, testing::ValuesIn(BAD_FILES),
+                         [](const auto& information) { return std::string(information.param.pWhat); });
+
+TEST(UnitFile, ThatIsNotThereIsRefused)
+{
+    try {
+        loadUnitConfiguration("/nowhere/unit.toml");
+        FAIL() << "not refused";
+    }
+    catch (const ConfigurationError& error) {
+        EXPECT_STREQ(error.what(), "/nowhere/unit.toml: cannot be read: No such file or directory; name a unit file, "
+                                   "such as examples/unit.toml");
+    }
+}
+
+TEST(UnitFile, ThatIsAFolderIsRefused)
+{
+    try {
+        loadUnitConfiguration("/tmp");
+        FAIL() << "not refused";
+    }
+    catch (const ConfigurationError& error) {
+        EXPECT_STREQ(error.what(), "/tmp: is a folder; name a unit file");
+    }
+}
