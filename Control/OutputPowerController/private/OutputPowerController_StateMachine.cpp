@@ -43,13 +43,18 @@ int OutputPowerController::setRequestedTxPowerState(ERequestedTxPowerState eStat
         }
     }
     // The actual status decides, not the state: a sequence under way is not turned back, an on request restarts it.
+    // What is ignored writes nothing, since the regulating thread may be moving the state at the same time.
     const bool bOn = m_eTxPowerActualStatus != eTX_POWER_ACTUAL_OFF;
     switch (eState) {
     case eREQUESTED_TX_POWER_OFF:
-        m_eOPCState = bOn ? eOPC_TX_OFF_INITIATED : m_eOPCState;
+        if (bOn) {
+            m_eOPCState = eOPC_TX_OFF_INITIATED;
+        }
         return EAF_OK;
     case eREQUESTED_TX_POWER_ON:
-        m_eOPCState = bOn ? m_eOPCState : eOPC_TX_ON_INITIATED;
+        if (!bOn) {
+            m_eOPCState = eOPC_TX_ON_INITIATED;
+        }
         return EAF_OK;
     default:
         beginTrace(1) << OPERATION << "(): called with unknown power state " << eState << std::endl;
