@@ -1,5 +1,7 @@
 """Signals stop a running unit through the transmitters' switch-off."""
 
+import fcntl
+import os
 import signal
 import subprocess
 import time
@@ -68,6 +70,36 @@ class Stopping(UnitTestCase):
         self.assertIsNone(process.poll())
         process.send_signal(signal.SIGTERM)
         self.assertEqual(process.wait(timeout=TIMEOUT_S), 0)
+
+    def test_a_reader_that_stalls_does_not_keep_the_transmitters_on(self):
+        # The trace, which is written by the regulating thread, tells when the transmitters go off.
+        self.edit('"RQX.OPC" = 1 ', '"RQX.OPC" = 4 ')
+        channels = 8
+        self.append("".join(f"\n[[channel]]\nnumber = {number}\n" for number in range(2, channels)))
+        reader, writer = os.pipe()
+        self.addCleanup(os.close, reader)
+        smallest = 4096
+        fcntl.fcntl(writer, fcntl.F_SETPIPE_SZ, smallest)
+        os.write(writer, b"-" * smallest)
+        trace = self.folder / "trace.txt"
+        with trace.open("w") as errors:
+            process = subprocess.Popen(self.command("run", self.unit_file), stdout=writer, stderr=errors)
+        self.addCleanup(process.kill)
+        os.close(writer)
+        self.wait_for(lambda: trace.read_text().count("TX ON") == channels)
+        time.sleep(1.2)
+        process.send_signal(signal.SIGTERM)
+        self.wait_for(lambda: trace.read_text().count("TX OFF") == channels)
+        self.assertIsNone(process.poll(), "the unit ended although nobody read its output")
+        while os.read(reader, smallest):
+            pass
+        self.assertEqual(process.wait(timeout=TIMEOUT_S), 0)
+
+    def wait_for(self, condition):
+        end = time.monotonic() + 10
+        while not condition():
+            self.assertLess(time.monotonic(), end, "waited in vain")
+            time.sleep(0.02)
 
 
 if __name__ == "__main__":

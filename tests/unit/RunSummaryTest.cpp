@@ -1,6 +1,6 @@
-#include "Unit/Process/RunSummary.h"
+#include "Unit/CommandLine/RunSummary.h"
 
-#include "Unit/Process/ChannelMeasures.h"
+#include "Unit/Recorder/ChannelMeasures.h"
 #include "tests/unit/SampleMaker.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "Unit/Process/StatusDisplay.h"
+#include "Unit/CommandLine/StatusDisplay.h"
 
 #include "Unit/Process/PowerText.h"
 #include "tests/unit/SampleMaker.h"

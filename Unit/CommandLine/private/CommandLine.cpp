@@ -1,7 +1,7 @@
 #include "Unit/CommandLine/CommandLine.h"
 
 #include "Platform/ConfigurationError.h"
-#include "Unit/Process/UnitRun.h"
+#include "Unit/CommandLine/RunCommand.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>

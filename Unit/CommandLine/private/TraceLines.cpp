@@ -1,4 +1,4 @@
-#include "Unit/Process/TraceLines.h"
+#include "Unit/CommandLine/TraceLines.h"
 
 #include <fmt/format.h>
 

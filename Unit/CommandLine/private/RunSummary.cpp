@@ -1,4 +1,4 @@
-#include "Unit/Process/RunSummary.h"
+#include "Unit/CommandLine/RunSummary.h"
 
 #include "Unit/Process/PowerText.h"
 

@@ -1,20 +1,23 @@
-#include "Unit/Process/UnitRun.h"
+#include "Unit/CommandLine/RunCommand.h"
 
-#include "Unit/Process/ChannelMeasures.h"
+#include "Unit/CommandLine/RunSummary.h"
+#include "Unit/CommandLine/StatusDisplay.h"
+#include "Unit/CommandLine/TraceLines.h"
 #include "Unit/Process/PowerText.h"
 #include "Unit/Process/RegulationLoop.h"
-#include "Unit/Process/RunSummary.h"
-#include "Unit/Process/StatusDisplay.h"
 #include "Unit/Process/StopSignals.h"
-#include "Unit/Process/TraceLines.h"
 #include "Unit/Process/UnitProcess.h"
+#include "Unit/Recorder/ChannelMeasures.h"
 #include "Unit/Recorder/CsvWriter.h"
 
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <csignal>
+#include <mutex>
 #include <thread>
+#include <utility>
 
 namespace
 {
@@ -109,18 +112,48 @@ void showTrace(TraceLines& trace, StatusDisplay& display)
     }
 }
 
+/** Stops the regulation at a signal, also while the main thread waits for whoever reads its output. */
+class SignalWatcher
+{
+public:
+    SignalWatcher(const StopSignals& signals, RegulationLoop& loop)
+        : m_thread([this, &signals, &loop](const std::stop_token& end) {
+              while (!end.stop_requested()) {
+                  const std::string sSignal = signals.wait(DRAIN_INTERVAL_MS);
+                  if (!sSignal.empty()) {
+                      loop.requestStop();
+                      const std::lock_guard<std::mutex> lock(m_mutex);
+                      m_signals.push_back(sSignal);
+                  }
+              }
+          })
+    {}
+
+    /** @return the signals that came since the last call */
+    std::vector<std::string> take()
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        return std::exchange(m_signals, {});
+    }
+
+private:
+    std::mutex m_mutex;
+    std::vector<std::string> m_signals;
+    std::jthread m_thread; // last, since it uses the others
+};
+
 /** @return what ended the run */
 std::string superviseUntilFinished(RegulationLoop& loop, const StopSignals& signals, SampleReader& reader,
                                    StatusDisplay& display)
 {
     TraceLines trace(isatty(STDOUT_FILENO) == 1 && isatty(STDERR_FILENO) == 1);
+    SignalWatcher watcher(signals, loop);
     std::string sEndedBy;
     while (!loop.isFinished()) {
-        const std::string sSignal = signals.wait(DRAIN_INTERVAL_MS);
-        if (!sSignal.empty()) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(DRAIN_INTERVAL_MS));
+        for (const std::string& sSignal : watcher.take()) {
             display.note(sEndedBy.empty() ? sSignal + ": switching off" : sSignal + ": already switching off");
             sEndedBy = sEndedBy.empty() ? sSignal : sEndedBy;
-            loop.requestStop();
         }
         showTrace(trace, display);
         reader.drain();
