@@ -1,4 +1,4 @@
-#include "Platform/private/FileText.h"
+#include "Platform/FileText.h"
 
 #include "Platform/ConfigurationError.h"
 

@@ -41,7 +41,7 @@ class BadInput(UnitTestCase):
 
     def test_unit_files_that_cannot_be_read(self):
         self.assert_refused(self.run_program("run", "missing.toml"), "missing.toml", "No such file or directory")
-        self.assert_refused(self.run_program("run", self.folder), "is a folder")
+        self.assert_refused(self.run_program("run", self.folder), "Is a directory")
         self.unit_file.write_text("[unit]\ninterval_ms = \n")
         self.assert_refused(self.run_unit(), f"{self.unit_file}:2", "not valid TOML")
         self.unit_file.write_bytes(b"[unit]\n\xff\xfe\n")

@@ -51,8 +51,8 @@ TEST(CommandLine, RefusesWrongArgumentsInOneLine)
         {{"run", "x.toml", "--speed", "20000"},
          "opc: --speed: \"20000\" is not a number greater than 0 and at most 10000; see opc --help\n"},
         {{"run", "/nowhere/x.toml"},
-         "opc: /nowhere/x.toml: cannot be read: No such file or directory; name a unit file, such as "
-         "examples/unit.toml\n"},
+         "opc: /nowhere/x.toml: cannot be read (No such file or directory); give the path of a file that this user may "
+         "read\n"},
     };
     for (const Case& wrong : cases) {
         const Outcome outcome = runWith(wrong.arguments);

@@ -78,7 +78,7 @@ TEST(StatusLine, SaysEverythingInAPlainLine)
 TEST(StatusLine, FitsUnderItsHeadingOnATerminal)
 {
     const std::string sLine = terminalStatusLine(makeSample());
-    EXPECT_EQ(sLine, " 3 TX_ON                10.12   9.87     10.17  -0.05     251      4        2");
+    EXPECT_EQ(sLine, " 3 TX_ON                10.12   9.87     10.17    -0.05     251      4        2");
     EXPECT_EQ(sLine.size(), terminalHeading().size());
     EXPECT_LT(terminalHeading().size(), 80U);
 }

@@ -124,8 +124,8 @@ TEST(UnitFile, ThatIsNotThereIsRefused)
         FAIL() << "not refused";
     }
     catch (const ConfigurationError& error) {
-        EXPECT_STREQ(error.what(), "/nowhere/unit.toml: cannot be read: No such file or directory; name a unit file, "
-                                   "such as examples/unit.toml");
+        EXPECT_STREQ(error.what(), "/nowhere/unit.toml: cannot be read (No such file or directory); give the path of a "
+                                   "file that this user may read");
     }
 }
 
@@ -136,6 +136,7 @@ TEST(UnitFile, ThatIsAFolderIsRefused)
         FAIL() << "not refused";
     }
     catch (const ConfigurationError& error) {
-        EXPECT_STREQ(error.what(), "/tmp: is a folder; name a unit file");
+        EXPECT_STREQ(error.what(),
+                     "/tmp: cannot be read (Is a directory); give the path of a file that this user may read");
     }
 }

@@ -2,7 +2,7 @@
 
 #include "Platform/ConfigurationError.h"
 #include "Platform/Csv/private/CsvReader.h"
-#include "Platform/private/FileText.h"
+#include "Platform/FileText.h"
 
 #include <charconv>
 #include <cmath>

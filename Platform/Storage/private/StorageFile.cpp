@@ -1,7 +1,7 @@
 #include "Platform/Storage/private/StorageFile.h"
 
 #include "Platform/ConfigurationError.h"
-#include "Platform/private/FileText.h"
+#include "Platform/FileText.h"
 
 #include <toml++/toml.h>
 

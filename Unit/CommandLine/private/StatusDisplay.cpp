@@ -37,13 +37,14 @@ std::string plainStatusLine(const StepSample& sample)
 
 std::string terminalHeading()
 {
-    return fmt::format("{:>2} {:<18} {:>7} {:>6} {:>9} {:>6} {:>7} {:>6} {:>8}", "ch", "state", "Ptarget", "Pctrl",
-                       "Pmeasured", "error", "steps", "failed", "overruns");
+    // The unit behind the last power goes for all three; a line has to fit 80 columns.
+    return fmt::format("{:>2} {:<18} {:>7} {:>6} {:>9} {:>8} {:>7} {:>6} {:>8}", "ch", "state", "Ptarget", "Pctrl",
+                       "Pmeas dBm", "error dB", "steps", "failed", "overruns");
 }
 
 std::string terminalStatusLine(const StepSample& sample)
 {
-    return fmt::format("{:>2} {:<18} {:>7} {:>6} {:>9} {:>6} {:>7} {:>6} {:>8}", sample.nChannelNumber,
+    return fmt::format("{:>2} {:<18} {:>7} {:>6} {:>9} {:>8} {:>7} {:>6} {:>8}", sample.nChannelNumber,
                        controllerStateName(sample.nState), powerText(sample.nPtarget), powerText(sample.nPctrl),
                        powerText(sample.nPmeasured), decibelText(sample.nPowerError), sample.nSteps,
                        sample.nFailedSteps, sample.nOverruns);

@@ -1,38 +1,19 @@
 #include "Unit/Process/UnitConfiguration.h"
 
 #include "Platform/ConfigurationError.h"
+#include "Platform/FileText.h"
 #include "Unit/Process/private/ConfigurationReaders.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 
 namespace
 {
-std::string readWhole(const std::string& sPath)
-{
-    std::error_code error;
-    if (std::filesystem::is_directory(sPath, error)) {
-        throw ConfigurationError(fmt::format("{}: is a folder; name a unit file", sPath));
-    }
-    errno = 0;
-    std::ifstream stream(sPath, std::ios::binary);
-    std::string sText{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
-    if (!stream.is_open() || stream.bad()) {
-        throw ConfigurationError(fmt::format("{}: cannot be read: {}; name a unit file, such as examples/unit.toml",
-                                             sPath, std::strerror(errno)));
-    }
-    return sText;
-}
-
 toml::table parse(const std::string& sPath)
 {
-    const std::string sText = readWhole(sPath);
+    const std::string sText = readFileText(sPath);
     try {
         return toml::parse(sText, sPath);
     }

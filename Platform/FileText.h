@@ -1,7 +1,9 @@
 /** @file
- * Reads the files that a person gives to the platform.
+ * Reads the files that a person gives to the unit.
  */
 #pragma once
+
+#include "Platform/EAFResult.h"
 
 #include <string>
 
@@ -10,7 +12,7 @@
  * @return its bytes, without a UTF-8 byte-order mark
  * @throws ConfigurationError when it cannot be read
  */
-std::string readFileText(const std::string& sPath);
+EAF_PUBLIC std::string readFileText(const std::string& sPath);
 
 /** @return text from a file, fit to stand in a one-line message: shortened, control characters replaced */
-std::string quotedForMessage(const std::string& sText);
+EAF_PUBLIC std::string quotedForMessage(const std::string& sText);
