@@ -26,7 +26,7 @@ void OutputPowerController_Construct(void** ppModule, unsigned int channel)
         traceNullPointer(CONSTRUCT_LINE);
         return;
     }
-    *ppModule = std::make_unique<OutputPowerController>(channel).release();
+    *ppModule = new OutputPowerController(channel);
 }
 
 void OutputPowerController_Destruct(void* pModule)
@@ -35,7 +35,7 @@ void OutputPowerController_Destruct(void* pModule)
         traceNullPointer(DESTRUCT_LINE);
         return;
     }
-    const std::unique_ptr<OutputPowerController> pController(static_cast<OutputPowerController*>(pModule));
+    delete static_cast<OutputPowerController*>(pModule);
 }
 
 long OutputPowerController_Initialize(void* pModule)
