@@ -1,7 +1,7 @@
 #include "Platform/Calibration/CCalibrationHandler.h"
 #include "Platform/Calibration/CalibrationTables.h"
-#include "tests/platform/AllocationCount.h"
 #include "tests/platform/TestFile.h"
+#include "tests/support/AllocationCount.h"
 
 #include <gtest/gtest.h>
 

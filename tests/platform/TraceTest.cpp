@@ -1,5 +1,5 @@
-#include "tests/platform/AllocationCount.h"
 #include "tests/platform/TraceFixture.h"
+#include "tests/support/AllocationCount.h"
 
 #include <regex>
 #include <sstream>

@@ -4,7 +4,7 @@
 #include "Platform/ConfigurationError.h"
 #include "Platform/ModuleFramework/PhaseDriver.h"
 #include "Unit/Process/RegulationLoop.h"
-#include "tests/unit/AllocationCount.h"
+#include "tests/support/AllocationCount.h"
 #include "tests/unit/TemporaryFolder.h"
 #include "tests/unit/UnitFiles.h"
 
@@ -90,9 +90,6 @@ TEST_F(UnitProcessTest, RegulatesTheSimulatedTransmitters)
 
 TEST_F(UnitProcessTest, AllocatesNothingInAStep)
 {
-    if (!allocationsAreCounted()) {
-        GTEST_SKIP() << "allocations are not counted in this build";
-    }
     const UnitConfiguration unit = load(allModulesText() + STORAGE_TABLE + TWO_CHANNELS);
     const Profile profile(m_folder.write("p.csv", "time_s,requested_power_dBm,temperature_C\n0,10,25\n1,12,25\n"),
                           {EInterpolation::Linear, EInterpolation::Linear, EInterpolation::Held});

@@ -1,4 +1,4 @@
-#include "tests/platform/AllocationCount.h"
+#include "tests/support/AllocationCount.h"
 
 #include <cstdlib>
 #include <new>
@@ -15,11 +15,17 @@ std::size_t allocationCount()
     return t_nAllocations;
 }
 
-// Replacements for the whole process, the libraries included.
-void* operator new(std::size_t nSize)
+// Replacements for the whole process, the libraries included. The one that does not throw has to go with the others:
+// what it gives is released by the same operator delete.
+void* operator new(std::size_t nSize, const std::nothrow_t& /*tag*/) noexcept
 {
     ++t_nAllocations;
-    void* const pMemory = std::malloc(nSize != 0 ? nSize : 1);
+    return std::malloc(nSize != 0 ? nSize : 1);
+}
+
+void* operator new(std::size_t nSize)
+{
+    void* const pMemory = operator new(nSize, std::nothrow);
     if (pMemory == nullptr) {
         throw std::bad_alloc();
     }
