@@ -1,0 +1,45 @@
+/** @file
+ * From the body of a request to the body of its response.
+ */
+#pragma once
+
+#include "Unit/TestServer/MethodTable.h"
+#include "Unit/XmlRpc/XmlRpcGuard.h"
+
+#include <cstddef>
+#include <functional>
+#include <string>
+
+/** Serves a method table, with system.listMethods, methodHelp, methodSignature and multicall added. */
+class XmlRpcService
+{
+public:
+    /** Calls that one system.multicall may hold; with more it is a fault as a whole and none is carried out. */
+    static constexpr std::size_t MAX_CALLS = 1000;
+
+    /** Bytes of text that its answers may come to; the calls after that are not carried out, each a fault. */
+    static constexpr std::size_t MAX_MULTICALL_BYTES = std::size_t{4} * 1024 * 1024;
+
+    /** @param onRefusal is told of bodies that never became a call, a line each; any thread */
+    XmlRpcService(MethodTable methods, std::function<void(const std::string&)> onRefusal,
+                  const XmlRpcLimits& limits = {});
+    XmlRpcService(const XmlRpcService&) = delete; // its methods know where it lives
+    XmlRpcService& operator=(const XmlRpcService&) = delete;
+    ~XmlRpcService() = default;
+
+    /**
+     * Carries out a call. Several threads may do so at once.
+     * @return the response; whatever went wrong is a fault in it
+     */
+    std::string answer(const std::string& sBody) const;
+
+private:
+    XmlRpcValue dispatch(const std::string& sMethod, XMLRPC_REQUEST request) const;
+    void addSystemMethods();
+    XmlRpcValue multicall(XMLRPC_REQUEST request) const;
+    XmlRpcValue inner(XMLRPC_VALUE call) const;
+
+    MethodTable m_methods;
+    std::function<void(const std::string&)> m_onRefusal;
+    XmlRpcLimits m_limits;
+};

@@ -1,0 +1,165 @@
+#include "Unit/TestServer/XmlRpcService.h"
+#include "Unit/XmlRpc/XmlRpcFault.h"
+#include "Unit/XmlRpc/XmlRpcText.h"
+#include "tests/unit/xmlrpc/Messages.h"
+#include "tests/unit/xmlrpc/TestMethods.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace
+{
+class Service : public testing::Test
+{
+protected:
+    std::string systemCall(const std::string& sMethod, const std::string& sName) const
+    {
+        return m_service.answer("<methodCall><methodName>" + sMethod + "</methodName><params><param><value>" + sName +
+                                "</value></param></params></methodCall>");
+    }
+
+    std::vector<std::string> m_refusals;
+    XmlRpcService m_service{testMethods(), [this](const std::string& sLine) { m_refusals.push_back(sLine); }};
+};
+
+std::vector<std::string> textsOf(XMLRPC_VALUE array)
+{
+    std::vector<std::string> texts;
+    for (XMLRPC_VALUE value = XMLRPC_VectorRewind(array); value != nullptr; value = XMLRPC_VectorNext(array)) {
+        texts.emplace_back(XMLRPC_GetValueString(value));
+    }
+    return texts;
+}
+
+XmlRpcValue echoStruct(const std::string& sValue)
+{
+    XmlRpcValue members = makeXmlRpcStruct(nullptr);
+    addXmlRpcValue(members.get(), makeXmlRpcString("Value", sValue));
+    return members;
+}
+} // namespace
+
+TEST_F(Service, CarriesOutCalls)
+{
+    const XmlRpcRequest echo = readAnswer(m_service.answer(callWithStruct("Test.Echo", echoStruct("a < b"))));
+    EXPECT_STREQ(XMLRPC_GetValueString(XMLRPC_RequestGetData(echo.get())), "a < b");
+    const XmlRpcRequest none = readAnswer(m_service.answer(callOf("Test.Echo")));
+    EXPECT_STREQ(XMLRPC_GetValueString(XMLRPC_RequestGetData(none.get())), "none");
+    EXPECT_THAT(m_refusals, testing::IsEmpty());
+}
+
+TEST_F(Service, GivesHandlersTheRequest)
+{
+    XmlRpcValue members = makeXmlRpcStruct(nullptr);
+    addXmlRpcValue(members.get(), makeXmlRpcString("RequestOption", "Read"));
+    const XmlRpcRequest answer = readAnswer(m_service.answer(callWithStruct("Test.Handler", std::move(members))));
+    EXPECT_STREQ(XMLRPC_GetValueString(XMLRPC_VectorRewind(XMLRPC_RequestGetData(answer.get()))), "Read");
+    expectFault(m_service.answer(callOf("Test.Handler")), 2, "eTI_E_REQUIRED_INPUT_MISSING, no RequestOption");
+}
+
+TEST_F(Service, TurnsWhatGoesWrongIntoFaults)
+{
+    expectFault(m_service.answer(callOf("Test.Refuse")), eTI_E_FAILED, "eTI_E_FAILED, refused");
+    expectFault(m_service.answer(callOf("Test.Throw")), eXMLRPC_FAULT_INTERNAL, "Test.Throw: it broke");
+    expectFault(m_service.answer(callOf("Test.ThrowOther")), eXMLRPC_FAULT_INTERNAL,
+                "Test.ThrowOther: an unknown exception");
+    expectFault(m_service.answer(callOf("Test.Nothing")), eXMLRPC_FAULT_INTERNAL, "Test.Nothing: no result");
+    expectFault(m_service.answer(callOf("Test.Unknown")), eXMLRPC_FAULT_UNKNOWN_METHOD, "unknown method Test.Unknown");
+    expectFault(m_service.answer(callOf("test.echo")), eXMLRPC_FAULT_UNKNOWN_METHOD, "unknown method test.echo");
+    EXPECT_THAT(m_refusals, testing::IsEmpty());
+}
+
+TEST_F(Service, TellsOfBodiesThatNeverBecameACall)
+{
+    expectFault(m_service.answer("\n<a>"), eXMLRPC_FAULT_NOT_XMLRPC, "line 2: element <a> has no place here");
+    expectFault(m_service.answer(""), eXMLRPC_FAULT_NOT_WELL_FORMED, "line 1: no element found");
+    expectFault(m_service.answer(callWithValue("\xE9")), eXMLRPC_FAULT_BAD_ENCODING, "line 1: not UTF-8");
+    EXPECT_THAT(m_refusals, testing::ElementsAre("line 2: element <a> has no place here", "line 1: no element found",
+                                                 "line 1: not UTF-8"));
+}
+
+TEST_F(Service, KeepsItsLimits)
+{
+    XmlRpcLimits limits;
+    limits.nMaxBytes = callOf("Test.Named").size();
+    const XmlRpcService service(testMethods(), {}, limits);
+    EXPECT_NO_THROW((void)readAnswer(service.answer(callOf("Test.Named"))));
+    expectFault(service.answer(callOf("Test.Named") + " "), eXMLRPC_FAULT_NOT_XMLRPC,
+                "line 1: more than " + std::to_string(limits.nMaxBytes) + " bytes in the message");
+}
+
+TEST_F(Service, ListsItsMethods)
+{
+    const XmlRpcRequest answer = readAnswer(m_service.answer(callOf("system.listMethods")));
+    EXPECT_THAT(textsOf(XMLRPC_RequestGetData(answer.get())),
+                testing::ElementsAre("Test.Add", "Test.Echo", "Test.Handler", "Test.Named", "Test.Nothing",
+                                     "Test.Parameters", "Test.Refuse", "Test.Samples", "Test.Throw", "Test.ThrowOther",
+                                     "system.listMethods", "system.methodHelp", "system.methodSignature",
+                                     "system.multicall"));
+}
+
+TEST_F(Service, HelpsWithItsMethods)
+{
+    const XmlRpcRequest answer = readAnswer(systemCall("system.methodHelp", "Test.Add"));
+    EXPECT_STREQ(XMLRPC_GetValueString(XMLRPC_RequestGetData(answer.get())), "Adds A and B.");
+    expectFault(systemCall("system.methodHelp", "Test.Unknown"), eXMLRPC_FAULT_UNKNOWN_METHOD,
+                "system.methodHelp: unknown method Test.Unknown");
+}
+
+TEST_F(Service, GivesSignatures)
+{
+    const XmlRpcRequest answer = readAnswer(systemCall("system.methodSignature", "Test.Add"));
+    XMLRPC_VALUE signatures = XMLRPC_RequestGetData(answer.get());
+    EXPECT_EQ(XMLRPC_VectorSize(signatures), 1);
+    EXPECT_THAT(textsOf(XMLRPC_VectorRewind(signatures)), testing::ElementsAre("int", "struct"));
+    const XmlRpcRequest none = readAnswer(systemCall("system.methodSignature", "Test.Parameters"));
+    EXPECT_EQ(XMLRPC_GetValueTypeEasy(XMLRPC_RequestGetData(none.get())), xmlrpc_type_array);
+    EXPECT_EQ(XMLRPC_VectorSize(XMLRPC_RequestGetData(none.get())), 0);
+    expectFault(systemCall("system.methodSignature", "Test.Unknown"), eXMLRPC_FAULT_UNKNOWN_METHOD,
+                "system.methodSignature: unknown method Test.Unknown");
+}
+
+TEST_F(Service, AsksSystemMethodsForOneName)
+{
+    for (const std::string sMethod : {"system.methodHelp", "system.methodSignature"}) {
+        const std::string sText = sMethod + ": the only parameter must be the name of a method";
+        expectFault(m_service.answer(callOf(sMethod)), eXMLRPC_FAULT_INVALID_PARAMS, sText);
+        expectFault(systemCall(sMethod, "<int>1</int>"), eXMLRPC_FAULT_INVALID_PARAMS, sText);
+        expectFault(m_service.answer("<methodCall><methodName>" + sMethod + "</methodName><params>" +
+                                     repeated("<param><value>Test.Add</value></param>", 2) + "</params></methodCall>"),
+                    eXMLRPC_FAULT_INVALID_PARAMS, sText);
+    }
+}
+
+TEST_F(Service, ServesSeveralThreadsAtOnce)
+{
+    constexpr int THREADS = 4;
+    constexpr int CALLS = 200;
+    std::atomic<int> nRefusals = 0;
+    std::atomic<int> nRight = 0;
+    const XmlRpcService service(testMethods(), [&](const std::string&) { ++nRefusals; });
+    const auto serve = [&](int nThread) {
+        for (int i = 0; i < CALLS; ++i) {
+            const std::string sValue = std::to_string(nThread) + "/" + std::to_string(i);
+            const std::string sAnswer = service.answer(callWithStruct("Test.Echo", echoStruct(sValue)));
+            nRight += sAnswer.find("<string>" + sValue + "</string>") != std::string::npos ? 1 : 0;
+            nRight += service.answer(callOf("system.listMethods")).find("Test.Add") != std::string::npos ? 1 : 0;
+            nRight += service.answer("<" + sValue).find("<fault>") != std::string::npos ? 1 : 0;
+        }
+    };
+    std::vector<std::thread> threads;
+    threads.reserve(THREADS);
+    for (int nThread = 0; nThread < THREADS; ++nThread) {
+        threads.emplace_back(serve, nThread);
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(nRight, 3 * THREADS * CALLS);
+    EXPECT_EQ(nRefusals, THREADS * CALLS);
+}
