@@ -1,0 +1,42 @@
+/** @file
+ * Who may ask the unit for what.
+ */
+#pragma once
+
+#include "Unit/Http/HttpMessage.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+/** Judges the head of a request that changes the unit, so that neither a stranger nor a foreign web page gets in. */
+class AccessPolicy
+{
+public:
+    /**
+     * @param sAddress what the server listens on
+     * @param sToken what "Authorization: Bearer" has to carry; empty for no such demand
+     */
+    AccessPolicy(std::string sAddress, std::uint16_t nPort, std::string sToken);
+
+    /**
+     * Judges a POST of a body of one of the XML types.
+     *
+     * "Host" has to name this server (its address, or a name of the loopback when it listens there, with its port),
+     * so that a name that a foreign page lets point here is refused; "Origin", where it is sent, has to be this
+     * server's own.
+     * @return what to refuse it with: 401 (no or a wrong token), 403 (Host, Origin), 405 (another method), 415 (another
+     *         content type); nothing when all is well
+     */
+    std::optional<HttpResponse> refuseXmlPost(const HttpRequest& head) const;
+
+private:
+    bool isOwnAuthority(const std::string& sAuthority) const;
+
+    std::string m_sAddress;
+    std::uint16_t m_nPort;
+    std::string m_sToken;
+};
+
+/** @return whether a numeric address, or the name "localhost", is of the loopback */
+bool isLoopback(const std::string& sAddress);

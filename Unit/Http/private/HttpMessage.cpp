@@ -1,0 +1,14 @@
+#include "Unit/Http/HttpMessage.h"
+
+#include "Unit/Http/private/HeaderText.h"
+
+std::optional<std::string> HttpRequest::header(const std::string& sName) const
+{
+    const std::string sWanted = lowerCase(sName);
+    for (const auto& [sKey, sValue] : headers) {
+        if (lowerCase(sKey) == sWanted) {
+            return sValue;
+        }
+    }
+    return std::nullopt;
+}
