@@ -4,7 +4,10 @@
 #pragma once
 
 #include "Platform/EAFResult.h"
+#include "Platform/Trace/SystemLogSettings.h"
 
+#include <chrono>
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
@@ -44,6 +47,26 @@ public:
 
     /** Lets level-4 lines reach the system log, or not; they do unless this says otherwise. */
     static void setSystemLogEnabled(bool bEnabled);
+
+    /**
+     * Sets how the lines to come are marked in the system log, as user and info unless this says otherwise, and starts
+     * the thread that hands them over; the first line does so otherwise.
+     * @throws std::system_error when the system has no thread to give
+     */
+    static void setSystemLog(const SystemLogSettings& settings);
+
+    /**
+     * Waits until the system log has the lines that were written before the call. Without a system logger that does not
+     * take longer: the lines are lost then, which the trace group "SystemLog" says once at level 1.
+     * @return false when the time passed before that
+     */
+    static bool waitForSystemLog(std::chrono::milliseconds limit);
+
+    /**
+     * @return how many lines the system log never got because too many waited already; the group "SystemLog" says so
+     * at level 1 when it begins
+     */
+    static std::uint64_t lostSystemLogLines();
 
     /** Lets lines reach standard error, or not; they do unless this says otherwise. */
     static void setStandardErrorEnabled(bool bEnabled);

@@ -57,7 +57,7 @@ TEST_F(CodeTraceTest, WritesToStandardErrorAlone)
         GT_endImpl();
     });
     EXPECT_THAT(sWritten, MatchesRegex("[^ ]+ TI 4 Control/Some/private/File_c:7: text\n"));
-    EXPECT_THAT(SystemLogRecorder::lines(), IsEmpty());
+    EXPECT_THAT(systemLogLines(), IsEmpty());
 }
 
 TEST_F(CodeTraceTest, CutsALongRecord)

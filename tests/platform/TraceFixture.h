@@ -21,9 +21,12 @@ protected:
     }
     ~TraceFixture() override
     {
+        SystemLogRecorder::clear();
+        systemLogLines(); // nothing of this test is under way any more
         TraceControl::setListener({});
         TraceControl::setStandardErrorEnabled(true);
         TraceControl::setSystemLogEnabled(true);
+        TraceControl::setSystemLog({});
         TraceControl::setLevel("OPC", 3);
         TraceControl::setLevel("TI", 3);
     }
@@ -37,6 +40,13 @@ protected:
             result.push_back(record.sText);
         }
         return result;
+    }
+
+    /** @return what the system log got, with all that is on its way to it */
+    static std::vector<SystemLogLine> systemLogLines()
+    {
+        EXPECT_TRUE(TraceControl::waitForSystemLog(std::chrono::seconds(20)));
+        return SystemLogRecorder::lines();
     }
 
     /** @return what a call writes to standard error */

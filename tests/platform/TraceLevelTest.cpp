@@ -41,7 +41,7 @@ TEST_F(TraceLevelTest, LetsThroughWhatIsAtOrBelowTheLevel)
         write(trace, nLevel);
     }
     EXPECT_THAT(texts(), ElementsAre("level 0", "level 1", "level 2", "level 3"));
-    EXPECT_THAT(SystemLogRecorder::lines(), IsEmpty());
+    EXPECT_THAT(systemLogLines(), IsEmpty());
 }
 
 TEST_F(TraceLevelTest, SendsLevelFourToTheSystemLogAtAnyLevel)
@@ -49,9 +49,9 @@ TEST_F(TraceLevelTest, SendsLevelFourToTheSystemLogAtAnyLevel)
     KmtTrace trace("Level.System", 0);
     const std::string sWritten = standardErrorOf([&trace] { write(trace, 4); });
     EXPECT_EQ(sWritten, "");
-    ASSERT_EQ(SystemLogRecorder::lines().size(), 1U);
-    EXPECT_EQ(SystemLogRecorder::lines()[0].nPriority, LOG_INFO);
-    EXPECT_EQ(SystemLogRecorder::lines()[0].sText, "Level.System: level 4");
+    ASSERT_EQ(systemLogLines().size(), 1U);
+    EXPECT_EQ(systemLogLines()[0].nPriority, LOG_USER | LOG_INFO);
+    EXPECT_EQ(systemLogLines()[0].sText, "Level.System: level 4");
     EXPECT_EQ(SystemLogRecorder::identity(), "opc");
     EXPECT_EQ(SystemLogRecorder::facility(), LOG_USER);
     EXPECT_THAT(texts(), ElementsAre("level 4"));
@@ -63,7 +63,7 @@ TEST_F(TraceLevelTest, SendsLevelFourToStandardErrorByItsLevel)
     EXPECT_NE(standardErrorOf([&trace] { write(trace, 4); }).find("Level.Both 4 "), std::string::npos);
     TraceControl::setLevel("Level.Both", 3);
     EXPECT_EQ(standardErrorOf([&trace] { write(trace, 4); }), "");
-    EXPECT_EQ(SystemLogRecorder::lines().size(), 2U);
+    EXPECT_EQ(systemLogLines().size(), 2U);
 }
 
 TEST_F(TraceLevelTest, SilencesTheSystemLog)
@@ -71,10 +71,10 @@ TEST_F(TraceLevelTest, SilencesTheSystemLog)
     KmtTrace trace("Level.Silent", 5);
     TraceControl::setSystemLogEnabled(false);
     write(trace, 4);
-    EXPECT_THAT(SystemLogRecorder::lines(), IsEmpty());
+    EXPECT_THAT(systemLogLines(), IsEmpty());
     TraceControl::setSystemLogEnabled(true);
     write(trace, 4);
-    EXPECT_EQ(SystemLogRecorder::lines().size(), 1U);
+    EXPECT_EQ(systemLogLines().size(), 1U);
 }
 
 TEST_F(TraceLevelTest, SilencesStandardError)

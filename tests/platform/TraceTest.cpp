@@ -46,8 +46,8 @@ TEST_F(TraceTest, WritesFormatCharactersAsTheyAre)
     const std::string sWritten =
         standardErrorOf([&trace] { trace.beginLogMsg(4, PATH, 1) << "100 % {} %s %n" << std::endl; });
     EXPECT_NE(sWritten.find(": 100 % {} %s %n\n"), std::string::npos) << sWritten;
-    ASSERT_EQ(SystemLogRecorder::lines().size(), 1U);
-    EXPECT_EQ(SystemLogRecorder::lines()[0].sText, "Test.Format: 100 % {} %s %n");
+    ASSERT_EQ(systemLogLines().size(), 1U);
+    EXPECT_EQ(systemLogLines()[0].sText, "Test.Format: 100 % {} %s %n");
 }
 
 TEST_F(TraceTest, MakesAMessageOfSeveralLinesOne)

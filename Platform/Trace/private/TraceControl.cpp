@@ -25,6 +25,21 @@ void TraceControl::setSystemLogEnabled(bool bEnabled)
     TraceOutput::get().setSystemLogEnabled(bEnabled);
 }
 
+void TraceControl::setSystemLog(const SystemLogSettings& settings)
+{
+    TraceOutput::get().systemLog().setSettings(settings);
+}
+
+bool TraceControl::waitForSystemLog(std::chrono::milliseconds limit)
+{
+    return TraceOutput::get().systemLog().wait(limit);
+}
+
+std::uint64_t TraceControl::lostSystemLogLines()
+{
+    return TraceOutput::get().systemLog().lostLines();
+}
+
 void TraceControl::setStandardErrorEnabled(bool bEnabled)
 {
     TraceOutput::get().setStandardErrorEnabled(bEnabled);

@@ -2,7 +2,6 @@
 
 #include <spdlog/logger.h>
 #include <spdlog/sinks/stdout_sinks.h>
-#include <syslog.h>
 
 #include <string>
 #include <utility>
@@ -34,10 +33,11 @@ TraceOutput& TraceOutput::get()
 }
 
 TraceOutput::TraceOutput()
-    : m_pLogger(std::make_unique<spdlog::logger>("opc", std::make_shared<spdlog::sinks::stderr_sink_mt>()))
+    : m_pLogger(std::make_unique<spdlog::logger>("opc", std::make_shared<spdlog::sinks::stderr_sink_mt>())),
+      m_troubleGroup(TraceGroups::get().join("SystemLog", TRACE_LEVEL_FAILURE)),
+      m_systemLog([this](const std::string& sText) { writeSystemLogTrouble(sText); })
 {
     m_pLogger->set_pattern("%Y-%m-%dT%H:%M:%S.%e %v");
-    openlog("opc", LOG_PID, LOG_USER);
 }
 
 void TraceOutput::write(const TraceLine& line) noexcept
@@ -46,7 +46,7 @@ void TraceOutput::write(const TraceLine& line) noexcept
         attempt([this, &line] { writeToStandardError(line); });
     }
     if (line.bToSystemLog && m_bSystemLog) {
-        attempt([&line] { writeToSystemLog(line); });
+        attempt([this, &line] { writeToSystemLog(line); });
     }
     if (m_bListening && !t_bTelling) {
         t_bTelling = true;
@@ -62,8 +62,13 @@ void TraceOutput::writeToStandardError(const TraceLine& line)
 
 void TraceOutput::writeToSystemLog(const TraceLine& line)
 {
-    const std::string sLine = std::string(line.sGroup) + ": " + std::string(line.sText);
-    syslog(LOG_INFO, "%s", sLine.c_str());
+    m_systemLog.write(std::string(line.sGroup) + ": " + std::string(line.sText));
+}
+
+void TraceOutput::writeSystemLogTrouble(const std::string& sText)
+{
+    write({m_troubleGroup.sName, TRACE_LEVEL_FAILURE, "Platform/Trace/private/TraceOutput", __LINE__, sText,
+           m_troubleGroup.nLevel >= TRACE_LEVEL_FAILURE, false});
 }
 
 void TraceOutput::tellListener(const TraceLine& line)
