@@ -26,22 +26,33 @@ public:
     explicit DeadlineTimer(std::chrono::nanoseconds interval);
 
     /**
-     * Sleeps until the next deadline that has not passed.
-     * @return how many deadlines had passed since the last call and were skipped
+     * Goes on to the next deadline that has not passed.
+     * @return how many deadlines had passed and are skipped
      */
-    std::uint64_t waitForNext();
+    std::uint64_t next();
 
-    /** @return number of the deadline waited for last, skipped ones counted */
+    /** Sleeps until the deadline, not at all when it has passed. */
+    void wait();
+
+    /** @return number of the deadline, skipped ones counted */
     std::uint64_t index() const { return m_schedule.index(); }
 
-    /** @return how long after its deadline the last call returned */
+    /** @return monotonic time of the deadline */
+    std::int64_t deadlineNs() const { return m_schedule.deadlineNs(); }
+
+    /** @return time of the deadline since the first one */
+    std::int64_t elapsedNs() const { return m_schedule.elapsedNs(); }
+
+    /** Lets the deadlines after this one follow at another interval. */
+    void setInterval(std::chrono::nanoseconds interval) { m_schedule.setInterval(interval.count()); }
+
+    /** @return how long after its deadline the last wait() returned */
     std::int64_t latenessNs() const { return m_nLatenessNs; }
 
     const LatenessStatistics& statistics() const { return m_statistics; }
 
 private:
     DeadlineSchedule m_schedule;
-    bool m_bStarted = false;
     std::int64_t m_nLatenessNs = 0;
     LatenessStatistics m_statistics;
 };

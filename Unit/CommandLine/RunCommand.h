@@ -3,6 +3,7 @@
  */
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -14,7 +15,9 @@ struct RunOptions
     std::optional<unsigned int> nChannels;
     double speed = 1.0;
     double startSeconds = 0.0;
-    std::string sCsvFile; /**< empty for none */
+    std::string sCsvFile;               /**< empty for none */
+    std::optional<std::uint16_t> nPort; /**< of the test interface; the unit file's when empty */
+    bool bTestInterface = true;         /**< false: not even where the unit file wants it */
 };
 
 /**

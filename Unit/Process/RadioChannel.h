@@ -4,9 +4,12 @@
 #pragma once
 
 #include "Control/OutputPowerController/IOutputPowerController_c.h"
+#include "Simulation/Scenario/Profile.h"
+#include "Unit/Process/InputValue.h"
 #include "Unit/Process/StepSample.h"
 #include "Unit/Process/UnitConfiguration.h"
 
+#include <array>
 #include <cstdint>
 #include <optional>
 
@@ -27,11 +30,22 @@ struct ChannelStatistics
     std::uint64_t nNotifications = 0; /**< calls of the four observers */
 };
 
+/** What a channel meets in one step. */
+struct StepSurroundings
+{
+    ProfilePoint profile; /**< what the profile says */
+    double temperatureDegrees = 25.0;
+    double simulatedSeconds = 0.0; /**< that have passed since the last step */
+};
+
+/** The faults that a channel's handler was last given, by operation. */
+using HandlerFaults = std::array<HandlerFault, static_cast<std::size_t>(EHandlerOperation::Count)>;
+
 /**
  * Calls a controller through its C function table, as any user of it does.
  *
- * connect() to requestOff() are for the thread that starts the unit, before regulation; afterwards everything is for
- * the regulation thread. Must outlive the controller, which holds its observer records.
+ * configureSimulation() to requestOn() are for the thread that starts the unit, before regulation; afterwards
+ * everything is for the regulation thread. Must outlive the controller, which holds its observer records.
  */
 class RadioChannel
 {
@@ -42,6 +56,7 @@ public:
     RadioChannel(const RadioChannel&) = delete;
     RadioChannel& operator=(const RadioChannel&) = delete;
 
+    /** @return the channel's settings as they hold now: the unit file's, changed by commands */
     const ChannelConfiguration& configuration() const { return m_configuration; }
     unsigned int number() const { return m_configuration.nNumber; }
 
@@ -60,22 +75,40 @@ public:
     /** @throws UnitStartError when the controller refuses */
     void requestOn();
 
-    /** @return what the controller returned */
-    long requestOff();
+    /**
+     * Wants the transmitter on or off. The controller ignores a request that comes while it switches the other way;
+     * this one is passed on before a step as soon as the controller follows it.
+     */
+    void want(ERequestedTxPowerState eState);
 
-    /** Tells the handlers where the channel stands; they notify the controller when whole megahertz have changed. */
-    void setSurroundings(double temperatureDegrees, double frequencyMhz);
+    // Settings that change while the channel runs. Each returns what the controller returned.
+    long setPowerMode(int nPowerMode);
+    long setLimits(double txPminDbm, double txPmaxDbm);
+    long setGain(EOPHDetectorState eDetectorState, EOPCState eState, int nGainPercent);
+    long setProductionTest(bool bProductionTest, int nLoopMode);
+    long setInterval(unsigned int intervalMs);
 
-    /** Lets the simulated time pass. */
-    void advanceSimulation(double seconds);
+    /** @return the loop gains of eOPC_TX_ON_RAMPING or eOPC_TX_ON */
+    GainPercent gains(EOPCState eState) const;
 
-    void setFault(EHandlerOperation eOperation, const HandlerFault& fault);
+    InputValue& requestedPowerDbm() { return m_requestedPowerDbm; }
+    const InputValue& requestedPowerDbm() const { return m_requestedPowerDbm; }
+    InputValue& frequencyMhz() { return m_frequencyMhz; }
+    const InputValue& frequencyMhz() const { return m_frequencyMhz; }
+
+    /** Replaces the fault of an operation. @return false when the handler is not a simulated one */
+    bool setFault(EHandlerOperation eOperation, const HandlerFault& fault);
+    const HandlerFaults& faults() const { return m_faults; }
 
     /**
-     * Takes one regulator step. Allocates nothing and takes no lock.
+     * Tells the handlers where the channel stands; they notify the controller when whole megahertz have changed. Then
+     * takes one regulator step. Allocates nothing and takes no lock, but where the handlers notify.
      * @param[in,out] sample holds the step's time, index, lateness and overruns; the rest is filled in
      */
-    void step(std::int32_t nRequestedPower, StepSample& sample);
+    void step(const StepSurroundings& surroundings, StepSample& sample);
+
+    /** @return the last step's sample; all zero before the first */
+    const StepSample& lastSample() const { return m_lastSample; }
 
     EOPCState state() const;
     bool isOn() const;
@@ -92,6 +125,9 @@ private:
 
     void registerObservers();
     void setGains(EOPCState eState, const std::optional<GainPercent>& gain);
+    void simulate(const StepSurroundings& surroundings);
+    void followRequest();
+    void readController(StepSample& sample) const;
     void count(const StepSample& sample);
 
     ChannelConfiguration m_configuration;
@@ -102,9 +138,12 @@ private:
     IOpcPtargetObserver m_ptargetObserver;
     IOpcPredictedPctrlObserver m_predictedPctrlObserver;
     IOpcPowerModeObserver m_powerModeObserver;
+    InputValue m_requestedPowerDbm;
+    InputValue m_frequencyMhz;
+    std::optional<ERequestedTxPowerState> m_wanted;
+    HandlerFaults m_faults{};
     std::int32_t m_nPredictedPctrl = OPC_POWER_UNKNOWN;
-    double m_temperatureDegrees = 0.0;
-    double m_frequencyMhz = 0.0;
     std::optional<int> m_nNotifiedFrequency;
     ChannelStatistics m_statistics;
+    StepSample m_lastSample{};
 };

@@ -4,7 +4,9 @@
 #pragma once
 
 #include "Unit/Clock/DeadlineTimer.h"
+#include "Unit/Process/CommandQueue.h"
 #include "Unit/Process/FaultSchedule.h"
+#include "Unit/Process/InputValue.h"
 #include "Unit/Process/RadioChannel.h"
 #include "Unit/Process/StepSample.h"
 
@@ -53,28 +55,54 @@ public:
                    ISimulatedTemperature* pTemperature, const std::vector<FaultConfiguration>& faults,
                    SampleQueue& queue);
 
+    RegulationLoop(const RegulationLoop&) = delete;
+    RegulationLoop& operator=(const RegulationLoop&) = delete;
+    ~RegulationLoop() = default;
+
+    /** @return the way into the regulation thread; refuses everything once run() is over */
+    CommandQueue& commands() { return m_commands; }
+
+    // For commands, in the regulation thread.
+    const std::vector<RadioChannel*>& channels() const { return m_channels; }
+
+    /** Wants a transmitter on or off. @return false for one to come on while the unit is stopping */
+    bool want(RadioChannel& channel, ERequestedTxPowerState eState);
+
+    unsigned int intervalMs() const { return m_settings.intervalMs; }
+    double elapsedSeconds() const;
+    InputValue& temperatureDegrees() { return m_temperatureDegrees; }
+
+    /**
+     * Lets the deadlines after the next one follow at another interval, which every controller is told.
+     * @param intervalMs 1 to MAX_INTERVAL_MS
+     * @return whether every controller took it
+     */
+    bool setInterval(unsigned int intervalMs);
+
     /** Regulates until the time is up or a stop is requested, then until every channel is off. The thread's body. */
     void run() noexcept;
 
     /** Asks for the stop. Any thread. */
     void requestStop() { m_bStopRequested.store(true, std::memory_order_relaxed); }
 
-    /** @return whether run() is over; what follows is valid then */
+    /** @return whether run() is over; what follows is valid then, and for commands */
     bool isFinished() const { return m_bFinished.load(std::memory_order_acquire); }
 
     std::uint64_t overruns() const { return m_nOverruns; }
     std::uint64_t droppedSamples() const { return m_nDropped; }
-    const LatenessStatistics& lateness() const { return m_lateness; }
+    const LatenessStatistics& lateness() const { return m_timer ? m_timer->statistics() : m_noLateness; }
 
     /** @return what ended the regulation before its time; empty when nothing did */
     const std::string& error() const { return m_sError; }
 
 private:
     void regulateUntilOff();
-    bool isStopDue(std::uint64_t nIndex) const;
+    bool isStopDue() const;
     bool allAreOff() const;
-    void requestOff();
-    void tick(const DeadlineTimer& timer, std::uint64_t nSkipped);
+    void wantOff();
+    void tick(std::uint64_t nSkipped);
+    void switchFaults();
+    void serveCommands();
     void setTemperature(double degreesCelsius);
 
     RunSettings m_settings;
@@ -82,10 +110,15 @@ private:
     ISimulatedTemperature* m_pTemperature;
     FaultSchedule m_faults;
     SampleQueue& m_queue;
+    CommandQueue m_commands;
+    std::optional<DeadlineTimer> m_timer; // from the first step on
+    InputValue m_temperatureDegrees;
+    std::int64_t m_nLastElapsedNs = 0;
     std::optional<int> m_nNotifiedTemperature;
+    bool m_bStopping = false;
     std::uint64_t m_nOverruns = 0;
     std::uint64_t m_nDropped = 0;
-    LatenessStatistics m_lateness;
+    LatenessStatistics m_noLateness;
     std::string m_sError;
     std::atomic<bool> m_bStopRequested{false};
     std::atomic<bool> m_bFinished{false};

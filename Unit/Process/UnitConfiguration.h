@@ -3,6 +3,7 @@
  */
 #pragma once
 
+#include "Platform/Trace/SystemLogSettings.h"
 #include "Simulation/Handlers/HandlerFault.h"
 #include "Simulation/Scenario/Profile.h"
 #include "Simulation/Transmitter/TransmitterParameters.h"
@@ -49,6 +50,17 @@ struct TraceConfiguration
     int nDefaultLevel = 1;
     std::vector<TraceLevelConfiguration> levels;
     bool bSystemLog = true;
+    SystemLogSettings systemLog;
+};
+
+/** The server that test tools talk to. */
+struct TestInterfaceConfiguration
+{
+    bool bEnabled = true;
+    std::string sAddress = "127.0.0.1";
+    std::uint16_t nPort = 8080; /**< 0 for any that is free */
+    std::string sTokenFile;     /**< path, complete; empty for none */
+    std::size_t nLine = 0;      /**< of the table, 0 for none */
 };
 
 /** The file that moves requested power, temperature and frequency. */
@@ -100,16 +112,11 @@ struct UnitConfiguration
     std::string sStorageFile; /**< path, complete; empty for none */
     std::vector<CalibrationConfiguration> calibrations;
     TraceConfiguration trace;
+    TestInterfaceConfiguration testInterface;
     ProfileConfiguration profile;
     std::vector<ChannelConfiguration> channels;
     std::vector<FaultConfiguration> faults;
 };
-
-/**
- * Greatest regulator interval. Above it the controller's count of the calls that it waits for when switching on, which
- * is (24 - interval) / interval, wraps, and the transmitter never comes on.
- */
-inline constexpr unsigned int MAX_INTERVAL_MS = 24;
 
 /** @throws ConfigurationError that names the file, the line or key, and what to do */
 UnitConfiguration loadUnitConfiguration(const std::string& sPath);

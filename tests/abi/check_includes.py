@@ -38,6 +38,8 @@ STANDARD = (
 XMLRPC = r"xmlrpc-epi/\w+\.h"
 ANY = r".*"
 
+UNIT_BELOW = (CONTROL_HEADERS, r"Platform/.*", r"Simulation/.*")
+
 # Folder, what it may include in quotes, what in angle brackets; the first folder that fits decides.
 RULES = (
     ("Control/OutputPowerController/private/", (OWN_MODULE, CONTROL_INTERFACES, MODULE_PLATFORM), (STANDARD, XMLRPC)),
@@ -46,7 +48,14 @@ RULES = (
     ("Control/", (CONTROL_HEADERS, MODULE_PLATFORM), (STANDARD,)),
     ("Platform/", (r"Platform/.*",), (ANY,)),
     ("Simulation/", (CONTROL_HEADERS, r"Platform/.*", r"Simulation/.*"), (ANY,)),
-    ("Unit/", (CONTROL_HEADERS, r"Platform/.*", r"Simulation/.*", r"Unit/.*"), (ANY,)),
+    ("Unit/Clock/", (r"Unit/Clock/.*",), (ANY,)),
+    ("Unit/Http/", (r"Platform/.*", r"Unit/Http/.*"), (ANY,)),
+    ("Unit/XmlRpc/", (r"Platform/.*", r"Unit/XmlRpc/.*"), (ANY,)),
+    ("Unit/Client/", (r"Platform/.*", r"Simulation/Handlers/HandlerFault\.h", r"Unit/(Client|XmlRpc)/.*"), (ANY,)),
+    ("Unit/Process/", UNIT_BELOW + (r"Unit/(Clock|Process)/.*",), (ANY,)),
+    ("Unit/Recorder/", UNIT_BELOW + (r"Unit/(Process|Recorder)/.*",), (ANY,)),
+    ("Unit/TestServer/", UNIT_BELOW + (r"Unit/(Clock|Process|Http|XmlRpc|TestServer)/.*",), (ANY,)),
+    ("Unit/", UNIT_BELOW + (r"Unit/.*",), (ANY,)),
 )
 
 
@@ -124,6 +133,11 @@ PLANTED_VIOLATIONS = (
     ("Unit/Process/private/A.cpp", '"Control/OutputPowerController/private/OutputPowerController.h"'),
     ("Unit/Process/private/A.cpp", '"Unit/Clock/private/A.h"'),
     ("Unit/Process/private/A.cpp", '"tests/support/RecordingPlatform.h"'),
+    ("Unit/Process/private/A.cpp", '"Unit/TestServer/TestServer.h"'),
+    ("Unit/Http/private/A.cpp", '"Unit/XmlRpc/XmlRpcText.h"'),
+    ("Unit/XmlRpc/private/A.cpp", '"Unit/Process/RegulationLoop.h"'),
+    ("Unit/Client/private/A.cpp", '"Unit/Process/RegulationLoop.h"'),
+    ("Unit/TestServer/private/A.cpp", '"Unit/CommandLine/RunCommand.h"'),
 )
 PLANTED_INNOCENTS = (
     (MODULE, '"Control/OutputPowerController/private/RegulatorStep.h"'),
@@ -138,6 +152,8 @@ PLANTED_INNOCENTS = (
     ("Simulation/Handlers/private/A.cpp", '"Simulation/Handlers/private/PowerScale.h"'),
     ("Unit/Process/private/A.cpp", '"Simulation/Scenario/Profile.h"'),
     ("Unit/Process/private/A.cpp", "<fmt/format.h>"),
+    ("Unit/TestServer/private/A.cpp", '"Unit/Process/RegulationLoop.h"'),
+    ("Unit/CommandLine/private/A.cpp", '"Unit/TestServer/TestServer.h"'),
     ("tests/unit/A.cpp", '"Unit/Process/private/TomlTable.h"'),
     ("tests/unit/A.cpp", '"Control/OutputPowerController/private/OutputPowerController.h"'),
 )

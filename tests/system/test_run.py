@@ -3,14 +3,14 @@
 import csv
 import unittest
 
-from unit_runner import EXAMPLES, UnitTestCase, summary_of
+from unit_runner import EXAMPLES, UnitTestCase, errors_of, summary_of
 
 
 class Run(UnitTestCase):
     def test_two_channels_come_on_follow_and_go_off(self):
         result = self.run_unit("--duration", 2)
         self.assert_well(result)
-        self.assertEqual(result.stderr, "")
+        self.assertEqual(errors_of(result.stderr), "")
         summary = summary_of(result.stdout)
         self.assertEqual(summary[None]["ended by"], "duration")
         self.assertEqual(summary[None]["dropped samples"], "0")
@@ -101,7 +101,7 @@ class Run(UnitTestCase):
     def test_a_full_disk_stops_the_recording_and_not_the_unit(self):
         result = self.run_unit("--duration", 1, "--csv", "/dev/full")
         self.assertEqual(result.returncode, 1)
-        errors = result.stderr.splitlines()
+        errors = errors_of(result.stderr).splitlines()
         self.assertEqual(len(errors), 1, result.stderr)
         self.assertIn("/dev/full", errors[0])
         self.assertIn("No space left on device", errors[0])
@@ -112,7 +112,7 @@ class Run(UnitTestCase):
         self.assertTrue((EXAMPLES / "profiles" / "fade.csv").is_file())
         result = self.run_program("run", EXAMPLES / "unit.toml", "--duration", 1, "--speed", 120)
         self.assert_well(result)
-        self.assertEqual(result.stderr, "")
+        self.assertEqual(errors_of(result.stderr), "")
 
 
 if __name__ == "__main__":

@@ -7,7 +7,7 @@ import subprocess
 import time
 import unittest
 
-from unit_runner import TIMEOUT_S, UnitTestCase, summary_of
+from unit_runner import TIMEOUT_S, UnitTestCase, errors_of, summary_of
 
 
 class Stopping(UnitTestCase):
@@ -29,7 +29,7 @@ class Stopping(UnitTestCase):
     def assert_off_and_well(self, process, name):
         output, errors = process.communicate(timeout=TIMEOUT_S)
         self.assertEqual(process.returncode, 0, errors)
-        self.assertEqual(errors, "")
+        self.assertEqual(errors_of(errors), "")
         summary = summary_of(output)
         self.assertEqual(summary[None]["ended by"], name)
         for channel in (0, 1):

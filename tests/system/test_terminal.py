@@ -12,6 +12,11 @@ from unit_runner import TIMEOUT_S, UnitTestCase
 
 
 class Terminal(UnitTestCase):
+    def setUp(self):
+        super().setUp()
+        # Where there is no system logger, a line above the status lines would say so.
+        self.edit("system_log = true", "system_log = false")
+
     def run_on_terminal(self, columns, *arguments):
         leader, follower = pty.openpty()
         fcntl.ioctl(follower, termios.TIOCSWINSZ, struct.pack("HHHH", 24, columns, 0, 0))

@@ -41,15 +41,17 @@ TEST(CommandLine, RefusesWrongArgumentsInOneLine)
         const char* pError;
     };
     const std::vector<Case> cases = {
-        {{}, "opc: no command is given; the command is run, such as: opc run examples/unit.toml\n"},
+        {{},
+         "opc: no command of opc is given; the commands are run, ctl, completion; see opc --help, or try: "
+         "opc run examples/unit.toml\n"},
         {{"run", "x.toml", "--duration", "0"},
-         "opc: --duration: \"0\" is not a number greater than 0 and at most 1000000000; see opc --help\n"},
+         "opc: --duration: \"0\" is not a number greater than 0 and at most 1000000000; see opc run --help\n"},
         {{"run", "x.toml", "--duration", "nan"},
-         "opc: --duration: \"nan\" is not a number greater than 0 and at most 1000000000; see opc --help\n"},
+         "opc: --duration: \"nan\" is not a number greater than 0 and at most 1000000000; see opc run --help\n"},
         {{"run", "x.toml", "--start", "-0.1"},
-         "opc: --start: \"-0.1\" is not a number of at least 0 and at most 1000000000; see opc --help\n"},
+         "opc: --start: \"-0.1\" is not a number of at least 0 and at most 1000000000; see opc run --help\n"},
         {{"run", "x.toml", "--speed", "20000"},
-         "opc: --speed: \"20000\" is not a number greater than 0 and at most 10000; see opc --help\n"},
+         "opc: --speed: \"20000\" is not a number greater than 0 and at most 10000; see opc run --help\n"},
         {{"run", "/nowhere/x.toml"},
          "opc: /nowhere/x.toml: cannot be read (No such file or directory); give the path of a file that this user may "
          "read\n"},

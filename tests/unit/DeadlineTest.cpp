@@ -58,6 +58,19 @@ TEST(DeadlineSchedule, NeverBunchesCallsAfterALateOne)
     EXPECT_EQ(schedule.deadlineNs(), 12 * INTERVAL_NS);
 }
 
+TEST(DeadlineSchedule, GoesOnAtANewIntervalFromTheCurrentDeadline)
+{
+    DeadlineSchedule schedule(START_NS, INTERVAL_NS);
+    schedule.advance(START_NS);
+    schedule.setInterval(1'000'000);
+    EXPECT_EQ(schedule.elapsedNs(), INTERVAL_NS);
+    EXPECT_EQ(schedule.advance(START_NS + INTERVAL_NS), 0U);
+    EXPECT_EQ(schedule.elapsedNs(), INTERVAL_NS + 1'000'000);
+    EXPECT_EQ(schedule.advance(START_NS + INTERVAL_NS + 3'500'000), 2U);
+    EXPECT_EQ(schedule.elapsedNs(), INTERVAL_NS + 4'000'000);
+    EXPECT_EQ(schedule.index(), 5U);
+}
+
 TEST(LatenessStatistics, KeepsCountGreatestAndTotal)
 {
     LatenessStatistics statistics;
@@ -75,9 +88,11 @@ TEST(DeadlineTimer, WaitsOutItsIntervals)
     DeadlineTimer timer(std::chrono::milliseconds(2));
     std::uint64_t nSkipped = 0;
     while (timer.index() < 20) {
-        nSkipped += timer.waitForNext();
+        timer.wait();
         EXPECT_GE(timer.latenessNs(), 0);
+        nSkipped += timer.next();
     }
+    timer.wait();
     EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(40));
     EXPECT_EQ(timer.statistics().nCount, timer.index() + 1 - nSkipped);
 }
@@ -85,9 +100,9 @@ TEST(DeadlineTimer, WaitsOutItsIntervals)
 TEST(DeadlineTimer, SkipsWhatPassedDuringALongStep)
 {
     DeadlineTimer timer(std::chrono::milliseconds(5));
-    EXPECT_EQ(timer.waitForNext(), 0U);
+    timer.wait();
     std::this_thread::sleep_for(std::chrono::milliseconds(22));
-    const std::uint64_t nSkipped = timer.waitForNext();
+    const std::uint64_t nSkipped = timer.next();
     EXPECT_GE(nSkipped, 4U);
     EXPECT_EQ(timer.index(), nSkipped + 1);
 }

@@ -43,7 +43,10 @@ void FakeController::fillInputs()
                                                 ETxPowerMode eMode) -> long {
         FakeController& controller = self(vpThis);
         controller.requests.emplace_back(eRequested, eMode);
-        controller.eState = eRequested == eREQUESTED_TX_POWER_ON ? eOPC_TX_ON_INITIATED : eOPC_TX_OFF_INITIATED;
+        const bool bWantOn = eRequested == eREQUESTED_TX_POWER_ON;
+        if (bWantOn != controller.bOn) {
+            controller.eState = bWantOn ? eOPC_TX_ON_INITIATED : eOPC_TX_OFF_INITIATED;
+        }
         return controller.nRequestResult;
     };
     m_table.staticSetProductionTestSettings = [](void* vpThis, unsigned int nOn, ERfDetectorLoopMode eMode) -> long {
@@ -60,6 +63,10 @@ void FakeController::fillOutputs()
 {
     m_table.staticGetOPCState = [](void* vpThis, EOPCState* pState) -> long {
         *pState = self(vpThis).eState;
+        return EAF_OK;
+    };
+    m_table.staticGetTxPowerActualStatus = [](void* vpThis, ETxPowerActualStatus* pStatus) -> long {
+        *pStatus = self(vpThis).bOn ? eTX_POWER_ACTUAL_ON : eTX_POWER_ACTUAL_OFF;
         return EAF_OK;
     };
     m_table.staticRegisterPctrlObserver = observe<IOpcPctrlObserver>;
@@ -83,6 +90,11 @@ void FakeController::fillOutputs()
         *pDetectorState = eOPH_DETECTOR_STATE_2;
         return EAF_OK;
     };
+    m_table.staticGetGain = [](void* vpThis, EOPHDetectorState eDetectorState, EOPCState eGainState,
+                               long* pGain) -> long {
+        *pGain = self(vpThis).gains[{eDetectorState, eGainState}];
+        return EAF_OK;
+    };
     m_table.staticSetGain = [](void* vpThis, EOPHDetectorState eDetectorState, EOPCState eGainState,
                                long nGain) -> long {
         self(vpThis).gains[{eDetectorState, eGainState}] = nGain;
@@ -98,9 +110,11 @@ long FakeController::regulate(long nPtarget)
     }
     if (eState == eOPC_TX_ON_INITIATED) {
         eState = eOPC_TX_ON;
+        bOn = true;
     }
     else if (eState == eOPC_TX_OFF_INITIATED && !bStaysOn) {
         eState = eOPC_TX_OFF;
+        bOn = false;
     }
     return nRegulateResult;
 }

@@ -6,6 +6,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstring>
+
 namespace
 {
 ChannelConfiguration channelSeven()
@@ -63,10 +65,8 @@ TEST(RadioChannel, RequestsWithThePowerModeOfTheFile)
     RadioChannel channel(configuration);
     ASSERT_TRUE(channel.connect());
     channel.requestOn();
-    EXPECT_EQ(channel.requestOff(), EAF_OK);
     EXPECT_THAT(controller.requests,
-                testing::ElementsAre(std::make_pair(eREQUESTED_TX_POWER_ON, eTX_POWER_MODE_STEP_LIMITED),
-                                     std::make_pair(eREQUESTED_TX_POWER_OFF, eTX_POWER_MODE_STEP_LIMITED)));
+                testing::ElementsAre(std::make_pair(eREQUESTED_TX_POWER_ON, eTX_POWER_MODE_STEP_LIMITED)));
     controller.nRequestResult = EAF_NULL_POINTER;
     EXPECT_THROW(channel.requestOn(), UnitStartError);
 }
@@ -76,14 +76,18 @@ TEST(RadioChannel, FillsASampleAndCounts)
     FakeController controller("IOutputPowerController_7");
     RadioChannel channel(channelSeven());
     ASSERT_TRUE(channel.connect());
-    channel.setSurroundings(31.5, 4999.75);
+    StepSurroundings surroundings;
+    surroundings.temperatureDegrees = 31.5;
+    surroundings.profile.frequencyMhz = 4999.75;
+    surroundings.profile.requestedPowerDbm = 15.0;
     StepSample sample{};
-    channel.step(1500, sample); // off
+    channel.step(surroundings, sample); // off
     EXPECT_FALSE(channel.statistics().bHasPctrl);
     channel.requestOn();
     controller.pPredictedObserver->pfnNotify(controller.pPredictedObserver->vpThis, 7, 1234);
     sample.nTimeUs = 6000;
-    channel.step(1501, sample);
+    surroundings.profile.requestedPowerDbm = 15.01;
+    channel.step(surroundings, sample);
     EXPECT_EQ(sample.nStateBefore, eOPC_TX_ON_INITIATED);
     EXPECT_EQ(sample.nState, eOPC_TX_ON);
     EXPECT_EQ(sample.nChannelNumber, 7U);
@@ -98,7 +102,8 @@ TEST(RadioChannel, FillsASampleAndCounts)
     EXPECT_EQ(sample.frequencyMhz, 4999.75F);
     EXPECT_EQ(sample.nResult, 0);
     controller.nRegulateResult = EAF_FAILED;
-    channel.step(1502, sample);
+    surroundings.profile.requestedPowerDbm = 15.02;
+    channel.step(surroundings, sample);
     EXPECT_EQ(sample.nResult, EAF_FAILED);
     EXPECT_EQ(sample.nSteps, 3U);
     EXPECT_EQ(sample.nFailedSteps, 1U);
@@ -110,4 +115,5 @@ TEST(RadioChannel, FillsASampleAndCounts)
     EXPECT_EQ(statistics.nNotifications, 1U);
     EXPECT_THAT(controller.requestedPowers, testing::ElementsAre(1500, 1501, 1502));
     EXPECT_EQ(channel.refusedCalls(), std::nullopt); // the handler is not a simulated one
+    EXPECT_EQ(std::memcmp(&channel.lastSample(), &sample, sizeof sample), 0);
 }

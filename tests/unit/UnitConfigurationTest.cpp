@@ -7,6 +7,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 namespace
 {
 const char* const MODULE = "[[module]]\nname = \"A\"\nlibrary = \"libA.so\"\n";
@@ -61,6 +63,7 @@ TEST(UnitConfiguration, ReadsEveryKeyOfTheUnit)
                                                 "[storage]\nfile = \"s.toml\"\n"
                                                 "[[calibration]]\nname = \"T\"\nfile = \"/c/t.csv\"\n"
                                                 "[trace]\ndefault = 5\nsystem_log = false\n\"RQX.OPC\" = 7\n"
+                                                "system_log_facility = \"local0\"\nsystem_log_severity = \"notice\"\n"
                                                 "[profile]\nfile = \"p.csv\"\nrequested_power = \"linear\"\n"
                                                 "temperature = \"held\"\nfrequency = \"linear\"\n"
                                                 "[[channel]]\nnumber = 0\n");
@@ -73,6 +76,8 @@ TEST(UnitConfiguration, ReadsEveryKeyOfTheUnit)
     EXPECT_EQ(unit.calibrations[0].sFile, "/c/t.csv");
     EXPECT_EQ(unit.trace.nDefaultLevel, 5);
     EXPECT_FALSE(unit.trace.bSystemLog);
+    EXPECT_EQ(unit.trace.systemLog.nFacility, 16);
+    EXPECT_EQ(unit.trace.systemLog.nSeverity, 5);
     ASSERT_EQ(unit.trace.levels.size(), 1U);
     EXPECT_EQ(unit.trace.levels[0].sGroup, "RQX.OPC");
     EXPECT_EQ(unit.trace.levels[0].nLevel, 7);
@@ -80,6 +85,25 @@ TEST(UnitConfiguration, ReadsEveryKeyOfTheUnit)
     EXPECT_EQ(unit.profile.interpolation.eRequestedPower, EInterpolation::Linear);
     EXPECT_EQ(unit.profile.interpolation.eTemperature, EInterpolation::Held);
     EXPECT_EQ(unit.profile.interpolation.eFrequency, EInterpolation::Linear);
+}
+
+TEST(UnitConfiguration, ReadsTheTestInterface)
+{
+    const TemporaryFolder folder;
+    const std::string sRest = std::string(MODULE) + "[[channel]]\nnumber = 0\n";
+    const TestInterfaceConfiguration none = load(folder, sRest).testInterface;
+    EXPECT_TRUE(none.bEnabled);
+    EXPECT_EQ(none.sAddress, "127.0.0.1");
+    EXPECT_EQ(none.nPort, 8080);
+    EXPECT_EQ(none.sTokenFile, "");
+    const TestInterfaceConfiguration all =
+        load(folder, "[test_interface]\nenabled = false\naddress = \"::1\"\nport = 0\ntoken_file = \"t\"\n" + sRest)
+            .testInterface;
+    EXPECT_FALSE(all.bEnabled);
+    EXPECT_EQ(all.sAddress, "::1");
+    EXPECT_EQ(all.nPort, 0);
+    EXPECT_TRUE(std::filesystem::path(all.sTokenFile).is_absolute());
+    EXPECT_EQ(std::filesystem::path(all.sTokenFile).filename(), "t");
 }
 
 TEST(UnitConfiguration, ReadsEveryKeyOfAChannel)

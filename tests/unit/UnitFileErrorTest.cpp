@@ -20,7 +20,8 @@ const BadFile BAD_FILES[] = {
     {"Empty", "", ":1: lists no module; add [[module]] tables with name and library"},
     {"NoChannel", "MODULE", ":1: lists no channel; add a [[channel]] table with a number"},
     {"UnknownTable", "[units]\n",
-     ":1: unknown key \"units\" in the file; known keys: unit, module, storage, calibration, trace, profile, "
+     ":1: unknown key \"units\" in the file; known keys: unit, module, storage, calibration, trace, "
+     "test_interface, profile, "
      "transmitter, channel, fault"},
     {"UnknownKeyOfUnit", "[unit]\n\nintervall_ms = 6\n",
      ":3: unknown key \"intervall_ms\" in [unit]; known keys: interval_ms, temperature_c"},
@@ -55,6 +56,28 @@ const BadFile BAD_FILES[] = {
     {"TraceLevelAsText", "MODULE[trace]\n\"RQX.OPC\" = \"all\"\n",
      ":5: RQX.OPC in [trace] must be a whole number from 0 to 9"},
     {"SystemLogAsNumber", "MODULE[trace]\nsystem_log = 1\n", ":5: system_log in [trace] must be true or false"},
+    {"PortTooHigh", "MODULE[test_interface]\nport = 65536\n",
+     ":5: port in [test_interface] must be a whole number from 0 to 65535"},
+    {"UnknownKeyOfTestInterface", "MODULE[test_interface]\ntoken = \"secret\"\n",
+     ":5: unknown key \"token\" in [test_interface]; known keys: enabled, address, port, token_file"},
+    {"AddressAsNumber", "MODULE[test_interface]\naddress = 127\n",
+     ":5: address in [test_interface] must be a text in quotes"},
+    {"EnabledAsNumber", "MODULE[test_interface]\nenabled = 0\n",
+     ":5: enabled in [test_interface] must be true or false"},
+    {"FacilityOfNoName", "MODULE[trace]\nsystem_log_facility = 16\n",
+     ":5: system_log_facility in [trace] must be a text in quotes"},
+    {"UnknownFacility", "MODULE[trace]\nsystem_log_facility = \"local8\"\n",
+     ":5: system_log_facility in [trace] is \"local8\"; it must be one of user, mail, daemon, auth, syslog, lpr, news, "
+     "uucp, cron, authpriv, ftp, ntp, audit, alert, clock, local0, local1, local2, local3, local4, local5, local6, "
+     "local7"},
+    {"FacilityOfTheKernel", "MODULE[trace]\nsystem_log_facility = \"kern\"\n",
+     ":5: system_log_facility in [trace] is \"kern\"; it must be one of user, mail, daemon, auth, syslog, lpr, news, "
+     "uucp, cron, authpriv, ftp, ntp, audit, alert, clock, local0, local1, local2, local3, local4, local5, local6, "
+     "local7"},
+    {"UnknownSeverity", "MODULE[trace]\n\"RQX.OPC\" = 4\nsystem_log_severity = \"warn\"\n",
+     ":6: system_log_severity in [trace] is \"warn\"; it must be one of emerg, alert, crit, err, warning, notice, "
+     "info, "
+     "debug"},
     {"UnknownInterpolation", "MODULE[profile]\nfile = \"p\"\ntemperature = \"cubic\"\n",
      ":6: temperature in [profile] is \"cubic\"; it must be \"held\" or \"linear\""},
     {"TransmitterOutOfRange", "MODULE[transmitter]\namplifier_count = 7\n",

@@ -1,6 +1,8 @@
 #include "Unit/CommandLine/CommandLine.h"
 
 #include "Platform/ConfigurationError.h"
+#include "Unit/Client/ControlCommand.h"
+#include "Unit/CommandLine/Completion.h"
 #include "Unit/CommandLine/RunCommand.h"
 
 #include <CLI/CLI.hpp>
@@ -11,6 +13,8 @@
 #include <exception>
 #include <filesystem>
 #include <limits>
+#include <string>
+#include <vector>
 
 namespace
 {
@@ -26,7 +30,8 @@ constexpr const char* EXAMPLES = "Examples:\n"
                                  "  opc run examples/unit.toml --channels 1 --speed 20 --start 30\n"
                                  "      one channel, the profile from its 30th second on at 20 times its speed\n"
                                  "\n"
-                                 "Exit codes: 0 well, 1 something failed, 2 a wrong argument or file.";
+                                 "Exit codes: 0 well, 1 something failed, 2 a wrong argument or file, 3 (ctl) no unit "
+                                 "answered.";
 
 /** Takes a number in a range with open or closed lower end; CLI11's own range lets not-a-number pass. */
 CLI::Validator numberRange(double lower, bool bLowerIncluded, double upper)
@@ -44,7 +49,7 @@ CLI::Validator numberRange(double lower, bool bLowerIncluded, double upper)
         "");
 }
 
-CLI::App* addRun(CLI::App& app, RunOptions& options)
+void addRun(CLI::App& app, RunOptions& options)
 {
     CLI::App* pRun = app.add_subcommand("run", "Run a unit in real time until its time is up, SIGINT or SIGTERM");
     pRun->add_option("unit.toml", options.sUnitFile, "The unit file; without it, unit.toml in the current folder")
@@ -60,8 +65,30 @@ CLI::App* addRun(CLI::App& app, RunOptions& options)
         ->type_name("SECONDS")
         ->check(numberRange(0.0, true, LONGEST_SECONDS));
     pRun->add_option("--csv", options.sCsvFile, "Record every step of every channel in this file")->type_name("FILE");
+    pRun->add_option("--port", options.nPort,
+                     "Port of the test interface, 0 for any that is free; else the unit file's")
+        ->type_name("PORT");
+    pRun->add_flag("!--no-test-interface", options.bTestInterface, "Serve no test interface");
     pRun->footer(EXAMPLES);
-    return pRun;
+}
+
+CLI::App* addCompletion(CLI::App& app)
+{
+    CLI::App* pCompletion = app.add_subcommand("completion", "Print a script that lets a shell complete this command");
+    pCompletion->add_option("SHELL", "Which shell")
+        ->required()
+        ->type_name("{bash}")
+        ->check(CLI::Validator(
+            [](const std::string& sText) {
+                return sText == "bash" ? std::string() : fmt::format("\"{}\" is not bash", sText);
+            },
+            ""));
+    pCompletion->footer("Examples:\n"
+                        "  source <(opc completion bash)\n"
+                        "      for this shell\n"
+                        "  opc completion bash > ~/.local/share/bash-completion/completions/opc\n"
+                        "      for all shells from now on, with the package bash-completion");
+    return pCompletion;
 }
 
 int carryOutRun(RunOptions& options)
@@ -76,10 +103,57 @@ int carryOutRun(RunOptions& options)
     return runUnit(options);
 }
 
-/** @return the first line of what a person has to read */
-std::string firstLine(const std::string& sText)
+/** @return the command that the arguments have led to */
+const CLI::App& deepestParsed(const CLI::App& app)
 {
-    return sText.substr(0, sText.find('\n'));
+    const CLI::App* pDeepest = &app;
+    while (!pDeepest->get_subcommands().empty()) {
+        pDeepest = pDeepest->get_subcommands().back();
+    }
+    return *pDeepest;
+}
+
+std::string fullName(const CLI::App& app)
+{
+    return app.get_parent() == nullptr ? app.get_name() : fullName(*app.get_parent()) + " " + app.get_name();
+}
+
+/** @return the names of a command's subcommands, commas between them; empty for none */
+std::string subcommandNames(const CLI::App& app)
+{
+    std::string sNames;
+    for (const CLI::App* pSubcommand : app.get_subcommands([](const CLI::App*) { return true; })) {
+        sNames += (sNames.empty() ? "" : ", ") + pSubcommand->get_name();
+    }
+    return sNames;
+}
+
+/** @return what a person has to read about wrong arguments, one line */
+std::string usageText(const CLI::App& root, const CLI::ParseError& error)
+{
+    const CLI::App& command = deepestParsed(root);
+    const std::string sNames = subcommandNames(command);
+    const std::vector<std::string> extras = root.remaining(true);
+    const std::string sText = error.what();
+    std::string sReason = sText.substr(0, sText.find('\n'));
+    if (!sNames.empty() && !extras.empty() && extras.front().front() != '-') {
+        sReason =
+            fmt::format("\"{}\" is no command of {}; the commands are {}", extras.front(), fullName(command), sNames);
+    }
+    return fmt::format("{}; see {} --help", sReason, fullName(command));
+}
+
+void refuseMissingCommand(const CLI::App& root)
+{
+    const CLI::App& command = deepestParsed(root);
+    const std::string sNames = subcommandNames(command);
+    if (!sNames.empty()) {
+        throw ConfigurationError(
+            fmt::format("no command of {} is given; the commands are {}; see {} --help, or try: {}", fullName(command),
+                        sNames, fullName(command),
+                        &command == &root ? "opc run examples/unit.toml"
+                                          : fullName(command) + " " + sNames.substr(0, sNames.find(','))));
+    }
 }
 
 int parseAndCarryOut(int nArguments, const char* const* ppArguments)
@@ -88,18 +162,25 @@ int parseAndCarryOut(int nArguments, const char* const* ppArguments)
     app.require_subcommand(0, 1);
     app.footer(EXAMPLES);
     RunOptions options;
-    const CLI::App* pRun = addRun(app, options);
+    addRun(app, options);
+    const ControlCommand control(app);
+    const CLI::App* pCompletion = addCompletion(app);
     try {
         app.parse(nArguments, ppArguments);
+        refuseMissingCommand(app);
+        if (control.parsed()) {
+            return control.run();
+        }
     }
     catch (const CLI::Success& success) { // --help
         return app.exit(success);
     }
     catch (const CLI::ParseError& error) {
-        throw ConfigurationError(firstLine(error.what()) + "; see opc --help");
+        throw ConfigurationError(usageText(app, error));
     }
-    if (!pRun->parsed()) {
-        throw ConfigurationError("no command is given; the command is run, such as: opc run examples/unit.toml");
+    if (pCompletion->parsed()) {
+        fmt::print("{}", bashCompletion(app));
+        return eEXIT_OK;
     }
     return carryOutRun(options);
 }

@@ -1,13 +1,16 @@
 #include "Unit/CommandLine/RunCommand.h"
 
+#include "Platform/Trace/TraceControl.h"
 #include "Unit/CommandLine/RunSummary.h"
 #include "Unit/CommandLine/StatusDisplay.h"
 #include "Unit/CommandLine/TraceLines.h"
+#include "Unit/CommandLine/private/RunServer.h"
+#include "Unit/CommandLine/private/SampleReader.h"
+#include "Unit/CommandLine/private/SignalWatcher.h"
 #include "Unit/Process/PowerText.h"
 #include "Unit/Process/RegulationLoop.h"
 #include "Unit/Process/StopSignals.h"
 #include "Unit/Process/UnitProcess.h"
-#include "Unit/Recorder/ChannelMeasures.h"
 #include "Unit/Recorder/CsvWriter.h"
 
 #include <fmt/format.h>
@@ -15,63 +18,15 @@
 
 #include <chrono>
 #include <csignal>
-#include <mutex>
 #include <thread>
 #include <utility>
 
 namespace
 {
 constexpr int DRAIN_INTERVAL_MS = 50;
-constexpr double QUEUE_SECONDS = 5.0; // how long the reader may be held up before samples are lost
-constexpr double MILLISECONDS_PER_SECOND = 1000.0;
-
-std::size_t queueCapacity(const UnitConfiguration& unit)
-{
-    const double stepsPerSecond = MILLISECONDS_PER_SECOND / unit.intervalMs;
-    return static_cast<std::size_t>(QUEUE_SECONDS * stepsPerSecond + 1.0) * unit.channels.size();
-}
-
-/** Reads the samples of a run while it goes on, in the main thread. */
-class SampleReader
-{
-public:
-    SampleReader(SampleQueue& queue, CsvWriter* pWriter, StatusDisplay& display, std::size_t nChannels)
-        : m_queue(queue), m_pWriter(pWriter), m_display(display), m_measures(nChannels)
-    {}
-
-    void drain()
-    {
-        m_queue.consume_all([this](const StepSample& sample) {
-            m_measures[sample.nChannelIndex].add(sample);
-            m_display.add(sample);
-            if (m_pWriter != nullptr) {
-                m_pWriter->add(sample);
-            }
-        });
-        if (m_pWriter != nullptr) {
-            m_pWriter->flush();
-            reportWriteError();
-        }
-        m_display.refresh();
-    }
-
-    const std::vector<ChannelMeasures>& measures() const { return m_measures; }
-
-private:
-    void reportWriteError()
-    {
-        if (!m_bErrorReported && !m_pWriter->error().empty()) {
-            m_bErrorReported = true;
-            fmt::print(stderr, "opc run: {}\n", m_pWriter->error());
-        }
-    }
-
-    SampleQueue& m_queue;
-    CsvWriter* m_pWriter;
-    StatusDisplay& m_display;
-    std::vector<ChannelMeasures> m_measures;
-    bool m_bErrorReported = false;
-};
+constexpr std::chrono::milliseconds SYSTEM_LOG_WAIT{250}; // for the lines of the switch-off, and of the stop
+constexpr std::size_t QUEUE_SECONDS = 5;                  // how long the reader may be held up before samples are lost
+constexpr std::size_t MOST_STEPS_PER_SECOND = 1000;       // a command may shorten the interval to a millisecond
 
 std::unique_ptr<Profile> loadProfile(const UnitConfiguration& unit)
 {
@@ -112,36 +67,6 @@ void showTrace(TraceLines& trace, StatusDisplay& display)
     }
 }
 
-/** Stops the regulation at a signal, also while the main thread waits for whoever reads its output. */
-class SignalWatcher
-{
-public:
-    SignalWatcher(const StopSignals& signals, RegulationLoop& loop)
-        : m_thread([this, &signals, &loop](const std::stop_token& end) {
-              while (!end.stop_requested()) {
-                  const std::string sSignal = signals.wait(DRAIN_INTERVAL_MS);
-                  if (!sSignal.empty()) {
-                      loop.requestStop();
-                      const std::lock_guard<std::mutex> lock(m_mutex);
-                      m_signals.push_back(sSignal);
-                  }
-              }
-          })
-    {}
-
-    /** @return the signals that came since the last call */
-    std::vector<std::string> take()
-    {
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        return std::exchange(m_signals, {});
-    }
-
-private:
-    std::mutex m_mutex;
-    std::vector<std::string> m_signals;
-    std::jthread m_thread; // last, since it uses the others
-};
-
 /** @return what ended the run */
 std::string superviseUntilFinished(RegulationLoop& loop, const StopSignals& signals, SampleReader& reader,
                                    StatusDisplay& display)
@@ -158,6 +83,7 @@ std::string superviseUntilFinished(RegulationLoop& loop, const StopSignals& sign
         showTrace(trace, display);
         reader.drain();
     }
+    TraceControl::waitForSystemLog(SYSTEM_LOG_WAIT);
     showTrace(trace, display);
     reader.drain();
     return sEndedBy.empty() ? "duration" : sEndedBy;
@@ -190,19 +116,20 @@ std::vector<RadioChannel*> requestAllOn(UnitProcess& process)
 
 /** Runs a unit that has started, and stops it. @return whether all went well */
 bool regulate(UnitProcess& process, const UnitConfiguration& unit, const RunSettings& settings,
-              const StopSignals& signals, CsvWriter* pWriter)
+              const StopSignals& signals, TestServer* pServer, CsvWriter* pWriter)
 {
     StatusDisplay display(stdout, isatty(STDOUT_FILENO) == 1, unit.channels.size());
-    SampleQueue queue(queueCapacity(unit));
+    SampleQueue queue(QUEUE_SECONDS * MOST_STEPS_PER_SECOND * unit.channels.size());
     SampleReader reader(queue, pWriter, display, unit.channels.size());
     RegulationLoop loop(settings, requestAllOn(process), process.temperature(), unit.faults, queue);
     RunResult result;
     {
         const std::jthread thread([&loop] { loop.run(); });
         const StopOnExit stopOnExit(loop);
+        const Serving serving(pServer, loop, display);
         result.sEndedBy = superviseUntilFinished(loop, signals, reader, display);
     }
-    result.intervalMs = unit.intervalMs;
+    result.intervalMs = loop.intervalMs();
     if (!loop.error().empty()) {
         result.sEndedBy = loop.error();
         fmt::print(stderr, "opc run: {}\n", loop.error());
@@ -236,6 +163,11 @@ int runUnit(const RunOptions& options)
     const std::unique_ptr<Profile> pProfile = loadProfile(unit);
     UnitProcess process(unit);
     process.load();
+    if (options.nPort) {
+        unit.testInterface.nPort = *options.nPort;
+    }
+    unit.testInterface.bEnabled = unit.testInterface.bEnabled && options.bTestInterface;
+    const std::unique_ptr<TestServer> pServer = openTestServer(unit.testInterface);
     const std::unique_ptr<CsvWriter> pWriter =
         options.sCsvFile.empty() ? nullptr : std::make_unique<CsvWriter>(options.sCsvFile);
     process.start();
@@ -244,7 +176,9 @@ int runUnit(const RunOptions& options)
     if (pWriter) {
         pWriter->begin();
     }
-    const bool bWell = regulate(process, unit, runSettings(unit, options, pProfile.get()), signals, pWriter.get());
+    const bool bWell =
+        regulate(process, unit, runSettings(unit, options, pProfile.get()), signals, pServer.get(), pWriter.get());
     printWarnings(process, nStartWarnings);
+    TraceControl::waitForSystemLog(SYSTEM_LOG_WAIT);
     return bWell ? 0 : 1;
 }

@@ -1,3 +1,4 @@
+#include "Unit/Process/ValueRanges.h"
 #include "Unit/Process/private/ConfigurationReaders.h"
 
 #include <fmt/format.h>
@@ -7,11 +8,6 @@
 
 namespace
 {
-// Above the controller's markers for a power that is off (-99 dBm) or not known (-100 dBm).
-constexpr double LOWEST_POWER_DBM = -98.0;
-constexpr double HIGHEST_POWER_DBM = 100.0;
-constexpr double HIGHEST_FREQUENCY_MHZ = 300000.0;
-constexpr int MAX_GAIN_PERCENT = 1000;
 constexpr std::int64_t MAX_INT32 = std::numeric_limits<std::int32_t>::max();
 constexpr std::int64_t MIN_INT32 = std::numeric_limits<std::int32_t>::min();
 constexpr double LONGEST_RUN_SECONDS = 1e9;
@@ -75,7 +71,7 @@ ChannelConfiguration readChannel(const TomlTable& table, ChannelConfiguration ch
     channel.gainPercentRamping = readGain(table, "gain_percent_ramping");
     channel.gainPercentOn = readGain(table, "gain_percent_on");
     channel.bProductionTest = table.boolean("production_test").value_or(false);
-    channel.nLoopMode = static_cast<int>(table.integer("loop_mode", 0, 2).value_or(0));
+    channel.nLoopMode = static_cast<int>(table.integer("loop_mode", 0, MAX_LOOP_MODE).value_or(0));
     const auto transmitter = table.table("transmitter");
     if (!transmitter || !readTransmitter(*transmitter, channel.transmitter, channel.nSeed)) {
         channel.nSeed += channel.nNumber; // channels whose noise is not the same
@@ -114,7 +110,6 @@ EHandlerFault readKind(const TomlTable& table)
 FaultConfiguration readFault(const TomlTable& table)
 {
     table.allowOnly({"channel", "operation", "kind", "times", "value", "delay_us", "at_s", "for_s"});
-    constexpr int MAX_DELAY_US = 10'000'000;
     FaultConfiguration configuration;
     configuration.nChannel = static_cast<unsigned int>(table.requiredInteger("channel", 0, MAX_INT32));
     configuration.eOperation = readOperation(table);
@@ -122,7 +117,7 @@ FaultConfiguration readFault(const TomlTable& table)
     fault.eKind = readKind(table);
     fault.nTimes = static_cast<unsigned int>(table.integer("times", 1, MAX_INT32).value_or(1));
     fault.nValue = static_cast<std::int32_t>(table.integer("value", MIN_INT32, MAX_INT32).value_or(0));
-    fault.delayUs = static_cast<unsigned int>(table.integer("delay_us", 0, MAX_DELAY_US).value_or(0));
+    fault.delayUs = static_cast<unsigned int>(table.integer("delay_us", 0, MAX_FAULT_DELAY_US).value_or(0));
     configuration.atSeconds = table.number("at_s", 0.0, LONGEST_RUN_SECONDS).value_or(0.0);
     configuration.forSeconds = table.number("for_s", 0.0, LONGEST_RUN_SECONDS);
     return configuration;

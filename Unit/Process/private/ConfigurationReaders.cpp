@@ -1,16 +1,16 @@
 #include "Unit/Process/private/ConfigurationReaders.h"
 
+#include "Unit/Process/ValueRanges.h"
+
 #include <fmt/format.h>
 
 #include <filesystem>
 #include <limits>
+#include <optional>
+#include <string_view>
 
 namespace
 {
-constexpr double COLDEST_DEGREES = -100.0;
-constexpr double HOTTEST_DEGREES = 200.0;
-constexpr int MAX_TRACE_LEVEL = 9;
-
 std::string completePath(const UnitConfiguration& configuration, const std::string& sFile)
 {
     return (std::filesystem::path(configuration.sFolder) / sFile).string();
@@ -26,6 +26,18 @@ EInterpolation readInterpolation(const TomlTable& table, const std::string& sKey
         table.fail(sKey, fmt::format("{} in [profile] is \"{}\"; it must be \"held\" or \"linear\"", sKey, *sValue));
     }
     return *sValue == "held" ? EInterpolation::Held : EInterpolation::Linear;
+}
+
+int readSystemLogCode(const TomlTable& table, const std::string& sKey, std::optional<int> (*codeOf)(std::string_view),
+                      const std::vector<std::string_view>& names)
+{
+    const std::string sName = table.requiredText(sKey);
+    const std::optional<int> nCode = codeOf(sName);
+    if (!nCode) {
+        table.fail(sKey,
+                   fmt::format("{} in [trace] is \"{}\"; it must be one of {}", sKey, sName, fmt::join(names, ", ")));
+    }
+    return *nCode;
 }
 
 EModuleScope readScope(const TomlTable& table)
@@ -90,6 +102,16 @@ void readTrace(const TomlTable& root, UnitConfiguration& configuration)
             configuration.trace.bSystemLog = *table->boolean(sKey);
             continue;
         }
+        if (sKey == "system_log_facility") {
+            configuration.trace.systemLog.nFacility =
+                readSystemLogCode(*table, sKey, SystemLogNames::facility, SystemLogNames::facilities());
+            continue;
+        }
+        if (sKey == "system_log_severity") {
+            configuration.trace.systemLog.nSeverity =
+                readSystemLogCode(*table, sKey, SystemLogNames::severity, SystemLogNames::severities());
+            continue;
+        }
         const int nLevel = static_cast<int>(*table->integer(sKey, 0, MAX_TRACE_LEVEL));
         if (sKey == "default") {
             configuration.trace.nDefaultLevel = nLevel;
@@ -98,6 +120,24 @@ void readTrace(const TomlTable& root, UnitConfiguration& configuration)
             configuration.trace.levels.push_back({sKey, nLevel});
         }
     }
+}
+
+void readTestInterface(const TomlTable& root, UnitConfiguration& configuration)
+{
+    const auto table = root.table("test_interface");
+    if (!table) {
+        return;
+    }
+    table->allowOnly({"enabled", "address", "port", "token_file"});
+    TestInterfaceConfiguration& settings = configuration.testInterface;
+    settings.bEnabled = table->boolean("enabled").value_or(settings.bEnabled);
+    settings.sAddress = table->text("address").value_or(settings.sAddress);
+    settings.nPort = static_cast<std::uint16_t>(
+        table->integer("port", 0, std::numeric_limits<std::uint16_t>::max()).value_or(settings.nPort));
+    if (const auto sTokenFile = table->text("token_file")) {
+        settings.sTokenFile = completePath(configuration, *sTokenFile);
+    }
+    settings.nLine = table->line();
 }
 
 void readProfile(const TomlTable& root, UnitConfiguration& configuration)

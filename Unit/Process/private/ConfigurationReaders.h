@@ -10,6 +10,7 @@ void readUnit(const TomlTable& root, UnitConfiguration& configuration);
 void readModules(const TomlTable& root, UnitConfiguration& configuration);
 void readCalibrations(const TomlTable& root, UnitConfiguration& configuration);
 void readTrace(const TomlTable& root, UnitConfiguration& configuration);
+void readTestInterface(const TomlTable& root, UnitConfiguration& configuration);
 void readProfile(const TomlTable& root, UnitConfiguration& configuration);
 
 /** Reads [transmitter] as well, which every channel starts from. */

@@ -28,7 +28,8 @@ void require(long nResult, unsigned int nChannel, const char* pWhat)
 
 RadioChannel::RadioChannel(const ChannelConfiguration& configuration)
     : m_configuration(configuration), m_pctrlObserver{this, onPctrl}, m_ptargetObserver{this, onPctrl},
-      m_predictedPctrlObserver{this, onPredictedPctrl}, m_powerModeObserver{this, onPowerMode}
+      m_predictedPctrlObserver{this, onPredictedPctrl}, m_powerModeObserver{this, onPowerMode},
+      m_requestedPowerDbm(configuration.requestedPowerDbm), m_frequencyMhz(configuration.frequencyMhz)
 {}
 
 void RadioChannel::configureSimulation()
@@ -73,18 +74,13 @@ void RadioChannel::registerObservers()
 
 void RadioChannel::configureController(unsigned int intervalMs)
 {
-    const IOutputPowerControllerCStruct& table = *m_pController;
     const ChannelConfiguration& settings = m_configuration;
-    require(table.staticSetRegulatorInterval(table.vpThis, static_cast<long>(intervalMs)), number(),
-            "setting the regulator interval");
-    require(table.staticSetTxPminPmax(table.vpThis, centiDb(settings.txPminDbm), centiDb(settings.txPmaxDbm)), number(),
-            "setting the power limits");
+    require(setInterval(intervalMs), number(), "setting the regulator interval");
+    require(setLimits(settings.txPminDbm, settings.txPmaxDbm), number(), "setting the power limits");
     setGains(eOPC_TX_ON_RAMPING, settings.gainPercentRamping);
     setGains(eOPC_TX_ON, settings.gainPercentOn);
     if (settings.bProductionTest || settings.nLoopMode != eRF_DETECTOR_LOOP_MODE_NORMAL) {
-        require(table.staticSetProductionTestSettings(table.vpThis, settings.bProductionTest ? 1U : 0U,
-                                                      static_cast<ERfDetectorLoopMode>(settings.nLoopMode)),
-                number(), "setting production test");
+        require(setProductionTest(settings.bProductionTest, settings.nLoopMode), number(), "setting production test");
     }
 }
 
@@ -94,9 +90,8 @@ void RadioChannel::setGains(EOPCState eState, const std::optional<GainPercent>& 
         return;
     }
     for (std::size_t nDetectorState = 0; nDetectorState < gain->size(); ++nDetectorState) {
-        require(m_pController->staticSetGain(m_pController->vpThis, static_cast<EOPHDetectorState>(nDetectorState),
-                                             eState, gain->at(nDetectorState)),
-                number(), "setting a gain");
+        require(setGain(static_cast<EOPHDetectorState>(nDetectorState), eState, gain->at(nDetectorState)), number(),
+                "setting a gain");
     }
 }
 
@@ -107,19 +102,13 @@ void RadioChannel::requestOn()
             number(), "requesting the transmitter on");
 }
 
-long RadioChannel::requestOff()
+void RadioChannel::simulate(const StepSurroundings& surroundings)
 {
-    return m_pController->staticSetRequestedTxPowerState(m_pController->vpThis, eREQUESTED_TX_POWER_OFF,
-                                                         static_cast<ETxPowerMode>(m_configuration.nPowerMode));
-}
-
-void RadioChannel::setSurroundings(double temperatureDegrees, double frequencyMhz)
-{
-    m_temperatureDegrees = temperatureDegrees;
-    m_frequencyMhz = frequencyMhz;
+    const double frequencyMhz = m_frequencyMhz.next(surroundings.profile.frequencyMhz);
     if (m_pTransmitter != nullptr) {
-        m_pTransmitter->setAmbientTemperature(temperatureDegrees);
+        m_pTransmitter->setAmbientTemperature(surroundings.temperatureDegrees);
         m_pTransmitter->setFrequencyMhz(frequencyMhz);
+        m_pTransmitter->advance(surroundings.simulatedSeconds);
     }
     const int nFrequency = nearestInteger(frequencyMhz);
     if (m_pFrequency != nullptr && m_nNotifiedFrequency != nFrequency) {
@@ -128,25 +117,27 @@ void RadioChannel::setSurroundings(double temperatureDegrees, double frequencyMh
     }
 }
 
-void RadioChannel::advanceSimulation(double seconds)
+void RadioChannel::step(const StepSurroundings& surroundings, StepSample& sample)
 {
-    if (m_pTransmitter != nullptr) {
-        m_pTransmitter->advance(seconds);
-    }
+    simulate(surroundings);
+    followRequest();
+    sample.nChannelNumber = number();
+    sample.nStateBefore = state();
+    sample.nRequestedPower = centiDb(m_requestedPowerDbm.next(surroundings.profile.requestedPowerDbm));
+    sample.temperatureDegrees = static_cast<float>(surroundings.temperatureDegrees);
+    sample.frequencyMhz = static_cast<float>(m_frequencyMhz.value());
+    sample.nResult =
+        static_cast<std::int32_t>(m_pController->staticRegulate(m_pController->vpThis, sample.nRequestedPower));
+    readController(sample);
+    count(sample);
+    sample.nSteps = m_statistics.nSteps;
+    sample.nFailedSteps = m_statistics.nFailedSteps;
+    m_lastSample = sample;
 }
 
-void RadioChannel::setFault(EHandlerOperation eOperation, const HandlerFault& fault)
-{
-    if (m_pTransmitter != nullptr) {
-        m_pTransmitter->setFault(eOperation, fault);
-    }
-}
-
-void RadioChannel::step(std::int32_t nRequestedPower, StepSample& sample)
+void RadioChannel::readController(StepSample& sample) const
 {
     const IOutputPowerControllerCStruct& table = *m_pController;
-    sample.nStateBefore = state();
-    sample.nResult = static_cast<std::int32_t>(table.staticRegulate(table.vpThis, nRequestedPower));
     long nPtarget = 0;
     long nPctrl = 0;
     long nPowerError = 0;
@@ -157,20 +148,13 @@ void RadioChannel::step(std::int32_t nRequestedPower, StepSample& sample)
     EOPHDetectorState eDetectorState = eOPH_DETECTOR_STATE_UNKNOWN;
     table.staticGetLogData(table.vpThis, &nPtarget, &nPctrl, &nPowerError, &nPmeasured, &nTxPmin, &nPctrlMax, &eState,
                            &eDetectorState);
-    sample.nChannelNumber = number();
     sample.nState = eState;
-    sample.nRequestedPower = nRequestedPower;
     sample.nPtarget = static_cast<std::int32_t>(nPtarget);
     sample.nPctrl = static_cast<std::int32_t>(nPctrl);
     sample.nPmeasured = static_cast<std::int32_t>(nPmeasured);
     sample.nPredictedPctrl = m_nPredictedPctrl;
     sample.nPowerError = static_cast<std::int32_t>(nPowerError);
     sample.nDetectorState = eDetectorState;
-    sample.temperatureDegrees = static_cast<float>(m_temperatureDegrees);
-    sample.frequencyMhz = static_cast<float>(m_frequencyMhz);
-    count(sample);
-    sample.nSteps = m_statistics.nSteps;
-    sample.nFailedSteps = m_statistics.nFailedSteps;
 }
 
 void RadioChannel::count(const StepSample& sample)

@@ -9,15 +9,20 @@
 
 namespace
 {
-constexpr double MILLISECONDS_PER_SECOND = 1000.0;
+constexpr std::int64_t NANOSECONDS_PER_MILLISECOND = 1'000'000;
 constexpr std::int64_t NANOSECONDS_PER_MICROSECOND = 1000;
+constexpr double NANOSECONDS_PER_SECOND_REAL = 1e9;
+
+// What is kept free of commands before a step: a command that begins in time ends in time when it takes no longer.
+constexpr std::int64_t MAX_RESERVE_NS = 2 * NANOSECONDS_PER_MILLISECOND;
+constexpr std::int64_t RESERVED_PART = 3; // of the interval, at most
 } // namespace
 
 RegulationLoop::RegulationLoop(const RunSettings& settings, std::vector<RadioChannel*> channels,
                                ISimulatedTemperature* pTemperature, const std::vector<FaultConfiguration>& faults,
                                SampleQueue& queue)
     : m_settings(settings), m_channels(std::move(channels)), m_pTemperature(pTemperature), m_faults(faults),
-      m_queue(queue)
+      m_queue(queue), m_temperatureDegrees(settings.temperatureDegrees)
 {}
 
 void RegulationLoop::run() noexcept
@@ -29,33 +34,66 @@ void RegulationLoop::run() noexcept
         m_sError = error.what();
     }
     m_bFinished.store(true, std::memory_order_release);
+    m_commands.close();
 }
 
 void RegulationLoop::regulateUntilOff()
 {
-    DeadlineTimer timer{std::chrono::milliseconds(m_settings.intervalMs)};
-    bool bStopping = false;
+    m_timer.emplace(std::chrono::milliseconds(m_settings.intervalMs));
     unsigned int nStopCalls = 0;
-    while (!(bStopping && (allAreOff() || nStopCalls >= MAX_STOP_CALLS))) {
-        const std::uint64_t nSkipped = timer.waitForNext();
-        bStopping = bStopping || isStopDue(timer.index());
-        if (bStopping) {
-            requestOff();
+    std::uint64_t nSkipped = 0;
+    while (!(m_bStopping && (allAreOff() || nStopCalls >= MAX_STOP_CALLS))) {
+        m_timer->wait();
+        m_bStopping = m_bStopping || isStopDue();
+        if (m_bStopping) {
+            wantOff();
             ++nStopCalls;
         }
-        tick(timer, nSkipped);
-        m_lateness = timer.statistics();
+        tick(nSkipped);
+        nSkipped = m_timer->next();
+        serveCommands();
     }
     if (!allAreOff()) {
         m_sError = "not every transmitter went off";
     }
 }
 
-bool RegulationLoop::isStopDue(std::uint64_t nIndex) const
+void RegulationLoop::serveCommands()
 {
-    const double elapsedSeconds = static_cast<double>(nIndex) * m_settings.intervalMs / MILLISECONDS_PER_SECOND;
+    const std::int64_t nNextNs = m_timer->deadlineNs();
+    const std::int64_t nIntervalNs = m_settings.intervalMs * NANOSECONDS_PER_MILLISECOND;
+    m_commands.serveUntil(nNextNs - std::min(nIntervalNs / RESERVED_PART, MAX_RESERVE_NS), nNextNs);
+}
+
+double RegulationLoop::elapsedSeconds() const
+{
+    return m_timer ? static_cast<double>(m_timer->elapsedNs()) / NANOSECONDS_PER_SECOND_REAL : 0.0;
+}
+
+bool RegulationLoop::want(RadioChannel& channel, ERequestedTxPowerState eState)
+{
+    if (m_bStopping && eState != eREQUESTED_TX_POWER_OFF) {
+        return false;
+    }
+    channel.want(eState);
+    return true;
+}
+
+bool RegulationLoop::setInterval(unsigned int intervalMs)
+{
+    m_settings.intervalMs = intervalMs;
+    m_timer->setInterval(std::chrono::milliseconds(intervalMs));
+    bool bTaken = true;
+    for (RadioChannel* pChannel : m_channels) {
+        bTaken = !EAF_isFailure(pChannel->setInterval(intervalMs)) && bTaken;
+    }
+    return bTaken;
+}
+
+bool RegulationLoop::isStopDue() const
+{
     return m_bStopRequested.load(std::memory_order_relaxed) ||
-           (m_settings.durationSeconds && elapsedSeconds >= *m_settings.durationSeconds);
+           (m_settings.durationSeconds && elapsedSeconds() >= *m_settings.durationSeconds);
 }
 
 bool RegulationLoop::allAreOff() const
@@ -64,48 +102,47 @@ bool RegulationLoop::allAreOff() const
                        [](const RadioChannel* pChannel) { return pChannel->state() == eOPC_TX_OFF; });
 }
 
-void RegulationLoop::requestOff()
+void RegulationLoop::wantOff()
 {
     for (RadioChannel* pChannel : m_channels) {
-        // The controller ignores the request while it switches on, and a repeated one starts switching off anew.
-        if (pChannel->state() == eOPC_TX_ON) {
-            pChannel->requestOff();
-        }
+        pChannel->want(eREQUESTED_TX_POWER_OFF);
     }
 }
 
-void RegulationLoop::tick(const DeadlineTimer& timer, std::uint64_t nSkipped)
+void RegulationLoop::tick(std::uint64_t nSkipped)
 {
     m_nOverruns += nSkipped;
-    const double intervalSeconds = m_settings.intervalMs / MILLISECONDS_PER_SECOND;
-    const double elapsedSeconds = static_cast<double>(timer.index()) * intervalSeconds;
-    ProfilePoint point;
+    StepSurroundings surroundings;
     if (m_settings.pProfile != nullptr) {
-        point = m_settings.pProfile->at(m_settings.startSeconds + elapsedSeconds * m_settings.speed);
+        surroundings.profile = m_settings.pProfile->at(m_settings.startSeconds + elapsedSeconds() * m_settings.speed);
     }
-    const double temperatureDegrees = point.temperatureDegrees.value_or(m_settings.temperatureDegrees);
-    setTemperature(temperatureDegrees);
-    m_faults.forEachDue(elapsedSeconds, [this](const FaultSwitch& due) {
+    surroundings.temperatureDegrees = m_temperatureDegrees.next(surroundings.profile.temperatureDegrees);
+    const auto elapsedNs = m_timer->elapsedNs();
+    surroundings.simulatedSeconds = static_cast<double>(elapsedNs - std::exchange(m_nLastElapsedNs, elapsedNs)) /
+                                    NANOSECONDS_PER_SECOND_REAL * m_settings.speed;
+    setTemperature(surroundings.temperatureDegrees);
+    switchFaults();
+    StepSample sample{};
+    sample.nTimeUs = static_cast<std::uint64_t>(elapsedNs / NANOSECONDS_PER_MICROSECOND);
+    sample.nLatenessUs = static_cast<std::uint32_t>(
+        std::clamp<std::int64_t>(m_timer->latenessNs() / NANOSECONDS_PER_MICROSECOND, 0, UINT32_MAX));
+    sample.nOverruns = static_cast<std::uint32_t>(m_nOverruns);
+    for (std::size_t nChannel = 0; nChannel < m_channels.size(); ++nChannel) {
+        sample.nChannelIndex = static_cast<std::uint32_t>(nChannel);
+        m_channels[nChannel]->step(surroundings, sample);
+        m_nDropped += m_queue.push(sample) ? 0 : 1;
+    }
+}
+
+void RegulationLoop::switchFaults()
+{
+    m_faults.forEachDue(elapsedSeconds(), [this](const FaultSwitch& due) {
         for (RadioChannel* pChannel : m_channels) {
             if (pChannel->number() == due.nChannel) {
                 pChannel->setFault(due.eOperation, due.fault);
             }
         }
     });
-    StepSample sample{};
-    sample.nTimeUs = timer.index() * m_settings.intervalMs * 1000;
-    sample.nLatenessUs = static_cast<std::uint32_t>(
-        std::clamp<std::int64_t>(timer.latenessNs() / NANOSECONDS_PER_MICROSECOND, 0, UINT32_MAX));
-    sample.nOverruns = static_cast<std::uint32_t>(m_nOverruns);
-    for (std::size_t nChannel = 0; nChannel < m_channels.size(); ++nChannel) {
-        RadioChannel& channel = *m_channels[nChannel];
-        const ChannelConfiguration& constants = channel.configuration();
-        channel.setSurroundings(temperatureDegrees, point.frequencyMhz.value_or(constants.frequencyMhz));
-        channel.advanceSimulation(static_cast<double>(1 + nSkipped) * intervalSeconds * m_settings.speed);
-        sample.nChannelIndex = static_cast<std::uint32_t>(nChannel);
-        channel.step(centiDb(point.requestedPowerDbm.value_or(constants.requestedPowerDbm)), sample);
-        m_nDropped += m_queue.push(sample) ? 0 : 1;
-    }
 }
 
 void RegulationLoop::setTemperature(double degreesCelsius)

@@ -82,6 +82,9 @@ void UnitProcess::applyTraceLevels() const
         TraceControl::setLevel(level.sGroup, level.nLevel);
     }
     TraceControl::setSystemLogEnabled(trace.bSystemLog);
+    if (trace.bSystemLog) {
+        TraceControl::setSystemLog(trace.systemLog);
+    }
 }
 
 void UnitProcess::start()
