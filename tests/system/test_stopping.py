@@ -46,8 +46,8 @@ class Stopping(UnitTestCase):
 
     def test_a_signal_while_switching_on_is_obeyed(self):
         process = self.start()
-        line = process.stdout.readline()
-        self.assertIn("TX_ON_IN_PROGRESS", line)
+        self.assertIn("test interface: ", process.stdout.readline())
+        self.assertIn("TX_ON_IN_PROGRESS", process.stdout.readline())
         process.send_signal(signal.SIGTERM)
         self.assert_off_and_well(process, "SIGTERM")
 

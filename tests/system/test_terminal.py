@@ -47,7 +47,7 @@ class Terminal(UnitTestCase):
         self.assertIn("Summary", frames[-1])
 
     def test_a_narrow_terminal_cuts_the_lines(self):
-        output = self.run_on_terminal(40, "--duration", 0.5)
+        output = self.run_on_terminal(40, "--duration", 0.5, "--no-test-interface")
         status = output.split("Summary")[0].replace("\x1b[3A\r\x1b[J", "")
         self.assertLess(max(map(len, status.splitlines())), 40)
 

@@ -67,12 +67,15 @@ void showTrace(TraceLines& trace, StatusDisplay& display)
     }
 }
 
-/** @return what ended the run */
+/** @param sNotice what to say first. @return what ended the run */
 std::string superviseUntilFinished(RegulationLoop& loop, const StopSignals& signals, SampleReader& reader,
-                                   StatusDisplay& display)
+                                   StatusDisplay& display, const std::string& sNotice)
 {
     TraceLines trace(isatty(STDOUT_FILENO) == 1 && isatty(STDERR_FILENO) == 1);
-    SignalWatcher watcher(signals, loop);
+    SignalWatcher watcher(signals, loop); // before the first output, which may have to wait for its reader
+    if (!sNotice.empty()) {
+        display.note(sNotice);
+    }
     std::string sEndedBy;
     while (!loop.isFinished()) {
         std::this_thread::sleep_for(std::chrono::milliseconds(DRAIN_INTERVAL_MS));
@@ -126,8 +129,8 @@ bool regulate(UnitProcess& process, const UnitConfiguration& unit, const RunSett
     {
         const std::jthread thread([&loop] { loop.run(); });
         const StopOnExit stopOnExit(loop);
-        const Serving serving(pServer, loop, display);
-        result.sEndedBy = superviseUntilFinished(loop, signals, reader, display);
+        const Serving serving(pServer, loop);
+        result.sEndedBy = superviseUntilFinished(loop, signals, reader, display, serverNotice(pServer));
     }
     result.intervalMs = loop.intervalMs();
     if (!loop.error().empty()) {

@@ -19,11 +19,16 @@ std::unique_ptr<TestServer> openTestServer(const TestInterfaceConfiguration& con
     return pServer;
 }
 
-Serving::Serving(TestServer* pServer, RegulationLoop& loop, StatusDisplay& display) : m_pServer(pServer)
+std::string serverNotice(const TestServer* pServer)
+{
+    return pServer == nullptr ? std::string()
+                              : fmt::format("test interface: {}{}", pServer->url(), TEST_INTERFACE_PATH);
+}
+
+Serving::Serving(TestServer* pServer, RegulationLoop& loop) : m_pServer(pServer)
 {
     if (m_pServer != nullptr) {
         m_pServer->serve(loop);
-        display.note(fmt::format("test interface: {}{}", m_pServer->url(), TEST_INTERFACE_PATH));
     }
 }
 

@@ -3,21 +3,24 @@
  */
 #pragma once
 
-#include "Unit/CommandLine/StatusDisplay.h"
 #include "Unit/Process/UnitConfiguration.h"
 #include "Unit/TestServer/TestServer.h"
 
 #include <memory>
+#include <string>
 
 /** @return the server, listening; null when it is not wanted. @throws ConfigurationError */
 std::unique_ptr<TestServer> openTestServer(const TestInterfaceConfiguration& configuration);
 
-/** Serves a unit while it stands, and says where. */
+/** @return what to tell people about the server; empty without one */
+std::string serverNotice(const TestServer* pServer);
+
+/** Serves a unit while it stands. */
 class Serving
 {
 public:
     /** @param pServer null for none; it and the loop must outlive this object */
-    Serving(TestServer* pServer, RegulationLoop& loop, StatusDisplay& display);
+    Serving(TestServer* pServer, RegulationLoop& loop);
     ~Serving();
 
     Serving(const Serving&) = delete;

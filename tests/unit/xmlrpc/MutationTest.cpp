@@ -186,5 +186,6 @@ TEST(XmlRpcMutation, KeepsNothingOfBodies)
     for (int i = 0; i < 20; ++i) {
         serve();
     }
-    EXPECT_LT(bytesInUse(), nBefore + 40960); // 2 bytes a body; the allocator's caches settle below that
+    // The least that could be kept of a body, an empty value, would come to a megabyte.
+    EXPECT_LT(bytesInUse(), nBefore + std::size_t{128} * 1024);
 }
