@@ -1,5 +1,6 @@
 """Wrong arguments and files are refused with one clear line, exit code 2 and nothing left behind."""
 
+import socket
 import unittest
 
 from unit_runner import UnitTestCase
@@ -34,6 +35,9 @@ class BadInput(UnitTestCase):
                 (("run", "--channels", "-1"), "--channels"),
                 (("run", "--channels", "x"), "--channels"),
                 (("run", "--fast"), "--fast"),
+                (("run", "--port", "65536"), "--port"),
+                (("run", "--port", "-1"), "--port"),
+                (("run", "--port", "http"), "--port"),
                 (("run", "a.toml", "b.toml"), "b.toml"),
                 (("run",), "examples/unit.toml")):
             with self.subTest(arguments):
@@ -130,6 +134,21 @@ class BadInput(UnitTestCase):
         self.leave_out_module("OutputPowerHandler")
         self.assert_refused(self.run_unit("--csv", recording), "IOutputPowerHandler.0")
         self.assertEqual(recording.read_text(), "kept\n")
+
+    def test_a_port_in_use_is_named_and_starts_nothing(self):
+        with socket.create_server(("127.0.0.1", 0)) as other:
+            port = other.getsockname()[1]
+            self.assert_unit_refused(f"127.0.0.1:{port}", "in use", arguments=("--port", port))
+
+    def test_an_address_that_is_not_this_machines(self):
+        self.edit('address = "127.0.0.1"', 'address = "192.0.2.1"')
+        self.assert_unit_refused("192.0.2.1")
+
+    def test_a_token_file_that_is_missing_or_too_short(self):
+        self.edit('# token_file = "unit.token"', 'token_file = "unit.token"')
+        self.assert_unit_refused(self.folder / "unit.token")
+        (self.folder / "unit.token").write_text("short\n")
+        self.assert_unit_refused(self.folder / "unit.token", "16 characters")
 
 
 if __name__ == "__main__":

@@ -114,6 +114,24 @@ class Run(UnitTestCase):
         self.assert_well(result)
         self.assertEqual(errors_of(result.stderr), "")
 
+    def test_an_address_for_everyone_is_warned_about_unless_there_is_a_token(self):
+        self.edit('address = "127.0.0.1"', 'address = "0.0.0.0"')
+        result = self.run_unit("--duration", 0.2)
+        self.assert_well(result)
+        self.assertIn("warning: everyone who reaches http://0.0.0.0:", result.stderr)
+        self.edit('# token_file = "unit.token"', 'token_file = "unit.token"')
+        (self.folder / "unit.token").write_text("0123456789abcdef\n")
+        result = self.run_unit("--duration", 0.2)
+        self.assert_well(result)
+        self.assertEqual(errors_of(result.stderr), "")
+
+    def test_no_test_interface_is_served_when_not_wanted(self):
+        for arguments in (("--no-test-interface",), ()):
+            result = self.run_unit("--duration", 0.2, *arguments)
+            self.assert_well(result)
+            self.assertNotIn("test interface", result.stdout)
+            self.edit("enabled = true" if arguments else "enabled = false", "enabled = false")
+
 
 if __name__ == "__main__":
     unittest.main()

@@ -15,27 +15,40 @@
 namespace
 {
 constexpr const char* DUMP_OPTION = "SaveToSysLog";
-constexpr std::chrono::milliseconds LONGEST_WAIT_FOR_SYSTEM_LOG{2000};
+constexpr std::chrono::milliseconds WAIT_FOR_SYSTEM_LOG{40};
+constexpr int LONGEST_WAITS = 50; // two seconds
 
 /** Lets dumps into the system log one by one, so that the lines of one never overrun what waits to be written. */
 class DumpTurn
 {
 public:
-    DumpTurn(const MethodCall& call, std::mutex& mutex) : m_lock(mutex)
+    DumpTurn(const MethodCall& call, std::mutex& mutex, const RegulationLoop& loop) : m_lock(mutex), m_loop(loop)
     {
-        if (!TraceControl::waitForSystemLog(LONGEST_WAIT_FOR_SYSTEM_LOG)) {
+        if (!waitForSystemLog()) {
             throw failure(call, "the system log does not take its lines; try again");
         }
     }
 
     /** Answers when the lines have been handed over, or when that takes too long. */
-    ~DumpTurn() { TraceControl::waitForSystemLog(LONGEST_WAIT_FOR_SYSTEM_LOG); }
+    ~DumpTurn() { waitForSystemLog(); }
 
     DumpTurn(const DumpTurn&) = delete;
     DumpTurn& operator=(const DumpTurn&) = delete;
 
 private:
+    /** Gives up early when the unit stops, which must not wait for its system log. */
+    bool waitForSystemLog() const
+    {
+        for (int nWait = 0; nWait < LONGEST_WAITS && !m_loop.isFinished(); ++nWait) {
+            if (TraceControl::waitForSystemLog(WAIT_FOR_SYSTEM_LOG)) {
+                return true;
+            }
+        }
+        return false;
+    }
+
     std::lock_guard<std::mutex> m_lock;
+    const RegulationLoop& m_loop;
 };
 
 /** Runs the handlers that the logs published. */
@@ -114,7 +127,7 @@ private:
         std::unique_ptr<DumpTurn> pTurn;
         const char* const pOption = requestOption(call);
         if (pOption != nullptr && std::string_view(pOption) == DUMP_OPTION) {
-            pTurn = std::make_unique<DumpTurn>(call, m_dumps);
+            pTurn = std::make_unique<DumpTurn>(call, m_dumps, m_loop);
         }
         XmlRpcValue value;
         betweenSteps(call, m_loop, [&] { value.reset(handler()); });
