@@ -29,3 +29,6 @@ struct HttpResponse
     std::string sBody;
     std::vector<std::pair<std::string, std::string>> headers; /**< besides the type and the length */
 };
+
+/** @return a response that says in a line why a request is refused and what to do */
+HttpResponse httpRefusal(unsigned int nStatus, const std::string& sText);

@@ -89,8 +89,8 @@ class Refused(Exception):
         self.text = text
 
 
-class PythonClient:
-    """Python's own xmlrpc.client."""
+class StructClient:
+    """Calls the methods that take a struct."""
 
     def __init__(self, url):
         self._url = url + "/RPC2"
@@ -100,6 +100,10 @@ class PythonClient:
 
     def log(self, **members):
         return self._call("TI.ManageLogs", members)
+
+
+class PythonClient(StructClient):
+    """Python's own xmlrpc.client."""
 
     def _call(self, method, members):
         try:
@@ -109,17 +113,8 @@ class PythonClient:
             raise Refused(fault.faultCode, fault.faultString) from fault
 
 
-class CurlClient:
+class CurlClient(StructClient):
     """The curl program with the call's text."""
-
-    def __init__(self, url):
-        self._url = url + "/RPC2"
-
-    def transient(self, **members):
-        return self._call("TI.ManageOPCTransientLog", members)
-
-    def log(self, **members):
-        return self._call("TI.ManageLogs", members)
 
     def _call(self, method, members):
         body = "".join(f"<member><name>{name}</name><value>{self._scalar(value)}</value></member>"

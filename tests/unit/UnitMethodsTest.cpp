@@ -2,7 +2,6 @@
 
 #include "Unit/Process/RegulationLoop.h"
 #include "Unit/TestServer/XmlRpcService.h"
-#include "Unit/TestServer/private/LogMethods.h"
 #include "Unit/XmlRpc/XmlRpcText.h"
 #include "tests/unit/FakeController.h"
 
@@ -16,16 +15,6 @@
 
 namespace
 {
-MethodTable methodsOf(RegulationLoop& loop)
-{
-    MethodTable table;
-    addLogMethods(table, loop);
-    addStatusMethods(table, loop);
-    addSettingMethods(table, loop);
-    addDiagnosisMethods(table, loop);
-    return table;
-}
-
 std::string member(const std::string& sName, const std::string& sValue)
 {
     return "<member><name>" + sName + "</name><value>" + sValue + "</value></member>";
@@ -40,7 +29,7 @@ protected:
         m_channel.connect();
         m_pLoop = std::make_unique<RegulationLoop>(RunSettings{}, std::vector<RadioChannel*>{&m_channel}, nullptr,
                                                    std::vector<FaultConfiguration>{}, m_queue);
-        m_pService = std::make_unique<XmlRpcService>(methodsOf(*m_pLoop), [](const std::string&) {});
+        m_pService = std::make_unique<XmlRpcService>(unitMethods(*m_pLoop), [](const std::string&) {});
         m_thread = std::jthread([this] { m_pLoop->run(); });
     }
     ~UnitMethods() override { m_pLoop->requestStop(); }

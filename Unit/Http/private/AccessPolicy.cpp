@@ -13,14 +13,6 @@ constexpr unsigned int FORBIDDEN = 403;
 constexpr unsigned int METHOD_NOT_ALLOWED = 405;
 constexpr unsigned int UNSUPPORTED_MEDIA_TYPE = 415;
 
-HttpResponse refusal(unsigned int nStatus, const std::string& sText)
-{
-    HttpResponse response;
-    response.nStatus = nStatus;
-    response.sBody = sText + "\n";
-    return response;
-}
-
 // A header that is repeated could be read one way here and another way elsewhere, so it counts as wrong.
 struct SingleHeader
 {
@@ -97,11 +89,11 @@ std::optional<HttpResponse> refuseType(const SingleHeader& type)
     std::string_view rest = type.sValue;
     const std::string sType = lowerCase(nextPart(rest));
     if (!type.isSingle() || (sType != "text/xml" && sType != "application/xml")) {
-        return refusal(UNSUPPORTED_MEDIA_TYPE, "send one Content-Type header: text/xml");
+        return httpRefusal(UNSUPPORTED_MEDIA_TYPE, "send one Content-Type header: text/xml");
     }
     while (!rest.empty()) {
         if (!isCharsetTaken(nextPart(rest))) {
-            return refusal(UNSUPPORTED_MEDIA_TYPE, "send the body in UTF-8: only charset=utf-8 is understood");
+            return httpRefusal(UNSUPPORTED_MEDIA_TYPE, "send the body in UTF-8: only charset=utf-8 is understood");
         }
     }
     return std::nullopt;
@@ -130,25 +122,26 @@ AccessPolicy::AccessPolicy(std::string sAddress, std::uint16_t nPort, std::strin
 std::optional<HttpResponse> AccessPolicy::refuseXmlPost(const HttpRequest& head) const
 {
     if (head.sMethod != "POST") {
-        HttpResponse response = refusal(METHOD_NOT_ALLOWED, "send a POST");
+        HttpResponse response = httpRefusal(METHOD_NOT_ALLOWED, "send a POST");
         response.headers.emplace_back("Allow", "POST");
         return response;
     }
     const SingleHeader host(head, "host");
     if (!host.isSingle() || !isOwnAuthority(host.sValue)) {
-        return refusal(FORBIDDEN,
-                       "the Host header does not name this server: use the address and the port that it listens on");
+        return httpRefusal(
+            FORBIDDEN, "the Host header does not name this server: use the address and the port that it listens on");
     }
     const SingleHeader origin(head, "origin");
     if (!origin.isMissing() &&
         (!origin.isSingle() || !isSameOrigin(origin.sValue, HostAuthority::parse(host.sValue).value())))
     {
-        return refusal(FORBIDDEN, "pages of another origin may not ask this server: use a page that it served itself, "
-                                  "or a program that sends no Origin header");
+        return httpRefusal(FORBIDDEN,
+                           "pages of another origin may not ask this server: use a page that it served itself, "
+                           "or a program that sends no Origin header");
     }
     if (!m_sToken.empty() && !carriesToken(SingleHeader(head, "authorization"), m_sToken)) {
         HttpResponse response =
-            refusal(UNAUTHORIZED, "send the header \"Authorization: Bearer\" with the unit's token");
+            httpRefusal(UNAUTHORIZED, "send the header \"Authorization: Bearer\" with the unit's token");
         response.headers.emplace_back("WWW-Authenticate", "Bearer");
         return response;
     }

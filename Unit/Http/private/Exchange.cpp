@@ -16,14 +16,6 @@ constexpr unsigned int BAD_REQUEST = 400;
 constexpr unsigned int CONTENT_TOO_LARGE = 413;
 constexpr unsigned int NOT_IMPLEMENTED = 501;
 
-HttpResponse refusal(unsigned int nStatus, const std::string& sText)
-{
-    HttpResponse response;
-    response.nStatus = nStatus;
-    response.sBody = sText + "\n";
-    return response;
-}
-
 std::vector<std::string> valuesOf(const HttpRequest& head, std::string_view name)
 {
     std::vector<std::string> values;
@@ -76,25 +68,25 @@ std::optional<HttpResponse> Exchange::refuseFraming() const
     const auto lengths = valuesOf(m_request, "content-length");
     const auto codings = valuesOf(m_request, "transfer-encoding");
     if (lengths.size() + codings.size() > 1) {
-        return refusal(BAD_REQUEST, "send either one Content-Length or one Transfer-Encoding header");
+        return httpRefusal(BAD_REQUEST, "send either one Content-Length or one Transfer-Encoding header");
     }
     if (!codings.empty() && lowerCase(codings.front()) != "chunked") {
-        return refusal(NOT_IMPLEMENTED, "send no transfer coding but chunked");
+        return httpRefusal(NOT_IMPLEMENTED, "send no transfer coding but chunked");
     }
     if (lengths.empty()) {
         return std::nullopt;
     }
     const auto length = lengthOf(lengths.front());
     if (!length.has_value()) {
-        return refusal(BAD_REQUEST, "send the body's size in bytes as Content-Length");
+        return httpRefusal(BAD_REQUEST, "send the body's size in bytes as Content-Length");
     }
     return *length > m_server.limits.nMaxBodyBytes ? std::optional(tooLarge()) : std::nullopt;
 }
 
 HttpResponse Exchange::tooLarge() const
 {
-    return refusal(CONTENT_TOO_LARGE,
-                   "send a body of at most " + std::to_string(m_server.limits.nMaxBodyBytes) + " bytes");
+    return httpRefusal(CONTENT_TOO_LARGE,
+                       "send a body of at most " + std::to_string(m_server.limits.nMaxBodyBytes) + " bytes");
 }
 
 bool Exchange::takeBody(std::string_view part)

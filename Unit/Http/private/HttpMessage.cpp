@@ -12,3 +12,11 @@ std::optional<std::string> HttpRequest::header(const std::string& sName) const
     }
     return std::nullopt;
 }
+
+HttpResponse httpRefusal(unsigned int nStatus, const std::string& sText)
+{
+    HttpResponse response;
+    response.nStatus = nStatus;
+    response.sBody = sText + "\n";
+    return response;
+}

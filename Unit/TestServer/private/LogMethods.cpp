@@ -1,9 +1,8 @@
-#include "Unit/TestServer/private/LogMethods.h"
-
 #include "Platform/Broker/CInterfaceBroker.h"
 #include "Platform/TestInterface/TestInterface.h"
 #include "Platform/Trace/TraceControl.h"
 #include "Unit/TestServer/private/MethodHelpers.h"
+#include "Unit/TestServer/private/UnitMethods.h"
 
 #include <fmt/format.h>
 

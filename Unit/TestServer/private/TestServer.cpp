@@ -3,7 +3,6 @@
 #include "Platform/ConfigurationError.h"
 #include "Platform/FileText.h"
 #include "Unit/Process/RegulationLoop.h"
-#include "Unit/TestServer/private/LogMethods.h"
 #include "Unit/TestServer/private/RefusalTrace.h"
 #include "Unit/TestServer/private/UnitMethods.h"
 
@@ -16,16 +15,6 @@ namespace
 constexpr std::size_t SHORTEST_TOKEN = 16;
 constexpr unsigned int NOT_FOUND = 404;
 constexpr unsigned int UNAVAILABLE = 503;
-
-MethodTable methodsOf(RegulationLoop& loop)
-{
-    MethodTable table;
-    addLogMethods(table, loop);
-    addStatusMethods(table, loop);
-    addSettingMethods(table, loop);
-    addDiagnosisMethods(table, loop);
-    return table;
-}
 
 bool isTokenCharacter(char c)
 {
@@ -56,13 +45,6 @@ HttpServerSettings httpSettings(const TestInterfaceConfiguration& configuration)
     return settings;
 }
 
-HttpResponse refusal(unsigned int nStatus, const std::string& sText)
-{
-    HttpResponse response;
-    response.nStatus = nStatus;
-    response.sBody = sText + "\n";
-    return response;
-}
 } // namespace
 
 TestServer::TestServer(const TestInterfaceConfiguration& configuration)
@@ -78,8 +60,8 @@ TestServer::~TestServer()
 void TestServer::serve(RegulationLoop& loop)
 {
     m_pPolicy = std::make_unique<const AccessPolicy>(m_sAddress, m_http.port(), m_sToken);
-    m_pService =
-        std::make_unique<XmlRpcService>(methodsOf(loop), [this](const std::string& sWhat) { m_pTrace->write(sWhat); });
+    m_pService = std::make_unique<XmlRpcService>(unitMethods(loop),
+                                                 [this](const std::string& sWhat) { m_pTrace->write(sWhat); });
     m_bServing = true;
 }
 
@@ -107,10 +89,10 @@ std::optional<HttpResponse> TestServer::refuse(const HttpRequest& head)
 std::optional<HttpResponse> TestServer::judge(const HttpRequest& head) const
 {
     if (head.sPath != TEST_INTERFACE_PATH) {
-        return refusal(NOT_FOUND, fmt::format("nothing is here; the test interface is at {}", TEST_INTERFACE_PATH));
+        return httpRefusal(NOT_FOUND, fmt::format("nothing is here; the test interface is at {}", TEST_INTERFACE_PATH));
     }
     if (!m_bServing) {
-        return refusal(UNAVAILABLE, "the unit is starting; try again");
+        return httpRefusal(UNAVAILABLE, "the unit is starting; try again");
     }
     return m_pPolicy->refuseXmlPost(head);
 }

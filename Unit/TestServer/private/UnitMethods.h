@@ -1,11 +1,17 @@
 /** @file
- * The methods of the unit's own.
+ * The methods of a unit.
  */
 #pragma once
 
 #include "Unit/TestServer/MethodTable.h"
 
 class RegulationLoop;
+
+/** @return all of the methods below. @param loop must outlive them */
+MethodTable unitMethods(RegulationLoop& loop);
+
+/** Adds TI.ManageOPCTransientLog and TI.ManageLogs, which call the handlers that the logs published by name. */
+void addLogMethods(MethodTable& table, RegulationLoop& loop);
 
 /** Adds Unit.Status and Unit.Gains. */
 void addStatusMethods(MethodTable& table, RegulationLoop& loop);

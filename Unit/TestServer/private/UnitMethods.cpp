@@ -1,0 +1,11 @@
+#include "Unit/TestServer/private/UnitMethods.h"
+
+MethodTable unitMethods(RegulationLoop& loop)
+{
+    MethodTable table;
+    addLogMethods(table, loop);
+    addStatusMethods(table, loop);
+    addSettingMethods(table, loop);
+    addDiagnosisMethods(table, loop);
+    return table;
+}
