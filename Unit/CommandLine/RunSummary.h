@@ -4,6 +4,7 @@
 #pragma once
 
 #include "Simulation/Scenario/TrackingMeasures.h"
+#include "Unit/Process/CommandQueue.h"
 #include "Unit/Process/RadioChannel.h"
 
 #include <cstdint>
@@ -29,6 +30,7 @@ struct RunResult
     std::int64_t nMaxLatenessNs = 0;
     double meanLatenessNs = 0.0;
     std::uint64_t nDroppedSamples = 0;
+    CommandStatistics commands;
     std::string sRecordedFile; /**< empty when nothing was recorded */
     std::uint64_t nRecordedRows = 0;
     std::vector<ChannelResult> channels;

@@ -23,6 +23,7 @@ struct HttpLimits
     std::chrono::milliseconds deadline{30000}; /**< from a connection's begin or its last answer's end to the next's */
     std::size_t nConnectionMemory = std::size_t{16} * 1024; /**< for a request's head; more is refused */
     std::size_t nThreadStack = std::size_t{1024} * 1024;
+    int nNiceness = 10; /**< of the connections' threads, so that they never take a core from the unit's other work */
 };
 
 /** Where the server listens. */

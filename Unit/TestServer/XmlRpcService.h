@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <mutex>
 #include <string>
 
 /** Serves a method table, with system.listMethods, methodHelp, methodSignature and multicall added. */
@@ -28,7 +29,8 @@ public:
     ~XmlRpcService() = default;
 
     /**
-     * Carries out a call. Several threads may do so at once.
+     * Carries out a call. Any thread; one call is carried out at a time, since a value of thousands of small blocks
+     * that one core builds and another one reads costs far more when the blocks of several such values mix.
      * @return the response; whatever went wrong is a fault in it
      */
     std::string answer(const std::string& sBody) const;
@@ -42,4 +44,5 @@ private:
     MethodTable m_methods;
     std::function<void(const std::string&)> m_onRefusal;
     XmlRpcLimits m_limits;
+    mutable std::mutex m_turn;
 };

@@ -1,9 +1,10 @@
 """Both logs' dumps arrive in the system log whole and in order, and say what a client reads."""
 
+import signal
 import threading
 import unittest
 
-from live_unit import CurlClient, LiveUnit, wait_for_samples
+from live_unit import CurlClient, LiveUnit, Refused, wait_for_samples
 from rsyslog_runner import RsyslogCase
 
 FIRST_OF_TRANSIENT = "****** START OF OPC TRANSIENT LOG ******"
@@ -95,6 +96,21 @@ class LogDumps(RsyslogCase):
         for channel in (0, 1):
             self.assertEqual(transients.count(transient_dump(read[channel][0])), 2 * rounds)
             self.assertEqual(statistics.count(opc_dump(read[channel][1])), 2 * rounds)
+        self.unit.stop()
+
+    def test_a_logger_that_hangs_holds_up_neither_steps_nor_clients_nor_the_end(self):
+        self.record(0)
+        self.signal_logger(signal.SIGSTOP)
+        self.addCleanup(self.signal_logger, signal.SIGCONT)
+        self.client.transient(RequestOption="SaveToSysLog")  # taken: its lines wait for the logger
+        before = self.unit.status()
+        with self.assertRaises(Refused) as refused:
+            self.client.transient(RequestOption="SaveToSysLog")
+        self.assertEqual((refused.exception.code, refused.exception.text),
+                         (4, "eTI_E_FAILED, TI.ManageOPCTransientLog the system log does not take its lines; try again"))
+        after = self.unit.status()
+        self.assertGreater(after["Channels"][0]["Steps"], before["Channels"][0]["Steps"])
+        self.assertEqual(after["Channels"][0]["State"], "TX_ON")
         self.unit.stop()
 
 

@@ -13,6 +13,7 @@ TEST(RunSummary, SaysWhatHappened)
     result.nMaxLatenessNs = 2'500'000;
     result.meanLatenessNs = 120'000.0;
     result.nDroppedSamples = 4;
+    result.commands = {12, 345'678};
     result.sRecordedFile = "run.csv";
     result.nRecordedRows = 1000;
     ChannelResult channel;
@@ -45,6 +46,7 @@ TEST(RunSummary, SaysWhatHappened)
                                    "  overruns              3 deadlines skipped\n"
                                    "  lateness              mean 0.120 ms, max 2.500 ms\n"
                                    "  dropped samples       4\n"
+                                   "  commands              12, the longest 0.346 ms\n"
                                    "  recorded              1000 rows in run.csv\n"
                                    "channel 2\n"
                                    "  reached TX_ON         yes\n"

@@ -92,7 +92,7 @@ std::string superviseUntilFinished(RegulationLoop& loop, const StopSignals& sign
     return sEndedBy.empty() ? "duration" : sEndedBy;
 }
 
-void collect(RunResult& result, UnitProcess& process, const RegulationLoop& loop, const SampleReader& reader)
+void collect(RunResult& result, UnitProcess& process, RegulationLoop& loop, const SampleReader& reader)
 {
     const LatenessStatistics& lateness = loop.lateness();
     result.nOverruns = loop.overruns();
@@ -100,6 +100,7 @@ void collect(RunResult& result, UnitProcess& process, const RegulationLoop& loop
     result.meanLatenessNs =
         lateness.nCount == 0 ? 0.0 : static_cast<double>(lateness.nTotalNs) / static_cast<double>(lateness.nCount);
     result.nDroppedSamples = loop.droppedSamples();
+    result.commands = loop.commands().statistics();
     for (std::size_t nChannel = 0; nChannel < process.channels().size(); ++nChannel) {
         const RadioChannel& channel = *process.channels()[nChannel];
         result.channels.push_back(

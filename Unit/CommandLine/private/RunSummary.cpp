@@ -78,6 +78,10 @@ std::string summaryText(const RunResult& result)
     lines.add("lateness", "mean {:.3f} ms, max {:.3f} ms", result.meanLatenessNs / NANOSECONDS_PER_MILLISECOND,
               static_cast<double>(result.nMaxLatenessNs) / NANOSECONDS_PER_MILLISECOND);
     lines.add("dropped samples", "{}", result.nDroppedSamples);
+    if (result.commands.nCommands > 0) {
+        lines.add("commands", "{}, the longest {:.3f} ms", result.commands.nCommands,
+                  static_cast<double>(result.commands.nLongestNs) / NANOSECONDS_PER_MILLISECOND);
+    }
     if (!result.sRecordedFile.empty()) {
         lines.add("recorded", "{} rows in {}", result.nRecordedRows, result.sRecordedFile);
     }

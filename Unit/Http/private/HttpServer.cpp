@@ -13,6 +13,7 @@
 
 #include <fcntl.h>
 #include <microhttpd.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <array>
@@ -24,6 +25,16 @@ namespace
 {
 // The client that the thread serves, for the library's log, which does not tell it.
 thread_local std::string t_sClientAddress;
+
+/** Makes the calling thread a nicer one, once. Linux has a niceness per thread. */
+void yieldTo(int nNiceness)
+{
+    thread_local bool t_bDone = false;
+    if (!t_bDone) {
+        t_bDone = true;
+        (void)setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), nNiceness); // nicer is always allowed
+    }
+}
 } // namespace
 
 class HttpServer::Implementation
@@ -150,8 +161,9 @@ void HttpServer::Implementation::onConnection(void* pThis, MHD_Connection* pLibr
     }
 }
 
-void* HttpServer::Implementation::onUri(void* /*pThis*/, const char* /*pUri*/, MHD_Connection* pLibrary)
+void* HttpServer::Implementation::onUri(void* pThis, const char* /*pUri*/, MHD_Connection* pLibrary)
 {
+    yieldTo(static_cast<Implementation*>(pThis)->m_limits.nNiceness);
     try {
         t_sClientAddress = clientAddress(pLibrary);
     }

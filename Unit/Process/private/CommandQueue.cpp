@@ -141,11 +141,12 @@ void CommandQueue::waitForCommand(std::int64_t nEndNs)
         const std::int64_t nLeftNs = std::max<std::int64_t>(nEndNs - monotonicNs(), 0);
         const timespec left = toTimespec(nLeftNs);
         pollfd wakeUp{m_nWakeUp, POLLIN, 0};
-        (void)ppoll(&wakeUp, 1, &left, nullptr);
+        if (ppoll(&wakeUp, 1, &left, nullptr) > 0) {
+            eventfd_t nCount = 0;
+            (void)eventfd_read(m_nWakeUp, &nCount);
+        }
     }
     m_bSleeping = false;
-    eventfd_t nCount = 0;
-    (void)eventfd_read(m_nWakeUp, &nCount);
 }
 
 void CommandQueue::close()

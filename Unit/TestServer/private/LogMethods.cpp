@@ -8,53 +8,45 @@
 
 #include <chrono>
 #include <memory>
-#include <mutex>
 #include <string_view>
 
 namespace
 {
 constexpr const char* DUMP_OPTION = "SaveToSysLog";
-constexpr std::chrono::milliseconds WAIT_FOR_SYSTEM_LOG{40};
-constexpr int LONGEST_WAITS = 50; // two seconds
+constexpr std::chrono::milliseconds WAIT_FOR_SYSTEM_LOG{25};
+constexpr int LONGEST_WAITS = 40; // a second
 
-/** Lets dumps into the system log one by one, so that the lines of one never overrun what waits to be written. */
-class DumpTurn
+/** Waits for the system log around dumps, so that the lines of one never overrun what waits to be written. */
+class SystemLogPace
 {
 public:
-    DumpTurn(const MethodCall& call, std::mutex& mutex, const RegulationLoop& loop) : m_lock(mutex), m_loop(loop)
+    explicit SystemLogPace(const RegulationLoop& loop) : m_loop(loop) {}
+
+    /**
+     * Once the system log has not kept up, does not wait again until it has; gives up early when the unit stops, which
+     * must not wait for it.
+     * @return whether all lines before have been handed over
+     */
+    bool wait()
     {
-        if (!waitForSystemLog()) {
-            throw failure(call, "the system log does not take its lines; try again");
+        const int nWaits = m_bKeepsUp ? LONGEST_WAITS : 1;
+        m_bKeepsUp = false;
+        for (int nWait = 0; nWait < nWaits && !m_loop.isFinished() && !m_bKeepsUp; ++nWait) {
+            m_bKeepsUp = TraceControl::waitForSystemLog(WAIT_FOR_SYSTEM_LOG);
         }
+        return m_bKeepsUp;
     }
-
-    /** Answers when the lines have been handed over, or when that takes too long. */
-    ~DumpTurn() { waitForSystemLog(); }
-
-    DumpTurn(const DumpTurn&) = delete;
-    DumpTurn& operator=(const DumpTurn&) = delete;
 
 private:
-    /** Gives up early when the unit stops, which must not wait for its system log. */
-    bool waitForSystemLog() const
-    {
-        for (int nWait = 0; nWait < LONGEST_WAITS && !m_loop.isFinished(); ++nWait) {
-            if (TraceControl::waitForSystemLog(WAIT_FOR_SYSTEM_LOG)) {
-                return true;
-            }
-        }
-        return false;
-    }
-
-    std::lock_guard<std::mutex> m_lock;
     const RegulationLoop& m_loop;
+    bool m_bKeepsUp = true;
 };
 
-/** Runs the handlers that the logs published. */
+/** Runs the handlers that the logs published; one call at a time. */
 class LogManagement
 {
 public:
-    explicit LogManagement(RegulationLoop& loop) : m_loop(loop) {}
+    explicit LogManagement(RegulationLoop& loop) : m_loop(loop), m_systemLog(loop) {}
 
     XmlRpcValue manageTransientLog(const MethodCall& call)
     {
@@ -123,18 +115,21 @@ private:
 
     template <class THandler> XmlRpcValue handled(const MethodCall& call, THandler handler)
     {
-        std::unique_ptr<DumpTurn> pTurn;
         const char* const pOption = requestOption(call);
-        if (pOption != nullptr && std::string_view(pOption) == DUMP_OPTION) {
-            pTurn = std::make_unique<DumpTurn>(call, m_dumps, m_loop);
+        const bool bDump = pOption != nullptr && std::string_view(pOption) == DUMP_OPTION;
+        if (bDump && !m_systemLog.wait()) {
+            throw failure(call, "the system log does not take its lines; try again");
         }
         XmlRpcValue value;
         betweenSteps(call, m_loop, [&] { value.reset(handler()); });
+        if (bDump) {
+            m_systemLog.wait(); // so that the lines are there when the client has its answer
+        }
         return value;
     }
 
     RegulationLoop& m_loop;
-    std::mutex m_dumps;
+    SystemLogPace m_systemLog;
 };
 
 /** @return a call with the struct that a TI method takes, from the plain parameters of its Unit method */

@@ -14,6 +14,11 @@ KmtTrace& trace()
 }
 } // namespace
 
+RefusalTrace::RefusalTrace()
+{
+    (void)trace(); // so that its level can be set before the first refusal
+}
+
 void RefusalTrace::write(const std::string& sText)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);

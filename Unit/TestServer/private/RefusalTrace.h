@@ -14,6 +14,8 @@ class RefusalTrace
 public:
     static constexpr unsigned int MAX_LINES_PER_SECOND = 10;
 
+    RefusalTrace();
+
     /** Writes a line; what had to be left out is counted in the next one. Any thread. */
     void write(const std::string& sText);
 

@@ -80,8 +80,9 @@ std::optional<HttpResponse> TestServer::refuse(const HttpRequest& head)
 {
     const std::optional<HttpResponse> response = judge(head);
     if (response) {
+        const std::string sReason = response->sBody.substr(0, response->sBody.find('\n'));
         m_pTrace->write(fmt::format("{} {} {} refused: {} {}", head.sClientAddress, head.sMethod, head.sPath,
-                                    response->nStatus, response->sBody));
+                                    response->nStatus, sReason));
     }
     return response;
 }

@@ -42,6 +42,7 @@ std::string XmlRpcService::answer(const std::string& sBody) const
 {
     try {
         const XmlRpcRequest request = parseXmlRpc(sBody, EXmlRpcMessage::Call, m_limits);
+        const std::lock_guard<std::mutex> turn(m_turn); // until the value has been released
         const XmlRpcValue value = dispatch(XMLRPC_RequestGetMethodName(request.get()), request.get());
         return writeXmlRpcResponse(value.get());
     }

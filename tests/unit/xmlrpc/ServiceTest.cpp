@@ -7,7 +7,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -162,4 +164,28 @@ TEST_F(Service, ServesSeveralThreadsAtOnce)
     }
     EXPECT_EQ(nRight, 3 * THREADS * CALLS);
     EXPECT_EQ(nRefusals, THREADS * CALLS);
+}
+
+TEST(ServiceOfSlowMethods, CarriesOutOneCallAtATime)
+{
+    std::atomic<int> nInside = 0;
+    std::atomic<int> nMostInside = 0;
+    MethodTable methods;
+    methods.add({"Test.Slow", "", {{"string"}}, [&](const MethodCall&) {
+                     nMostInside = std::max<int>(nMostInside, ++nInside);
+                     std::this_thread::sleep_for(std::chrono::milliseconds(2));
+                     --nInside;
+                     return makeXmlRpcString(nullptr, "done");
+                 }});
+    const XmlRpcService service(std::move(methods), {});
+    std::vector<std::jthread> threads;
+    for (int nThread = 0; nThread < 4; ++nThread) {
+        threads.emplace_back([&service] {
+            for (int i = 0; i < 10; ++i) {
+                (void)service.answer(callOf("Test.Slow"));
+            }
+        });
+    }
+    threads.clear();
+    EXPECT_EQ(nMostInside, 1);
 }
