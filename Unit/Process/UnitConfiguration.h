@@ -107,6 +107,7 @@ struct UnitConfiguration
     std::string sPath;   /**< of the file itself */
     std::string sFolder; /**< that the file's relative paths start from */
     unsigned int intervalMs = 6;
+    int nRealtimePriority = 0;        /**< of the regulation thread; 0 for none */
     double temperatureDegrees = 25.0; /**< holds when the profile says nothing */
     std::vector<ModuleConfiguration> modules;
     std::string sStorageFile; /**< path, complete; empty for none */

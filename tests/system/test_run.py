@@ -1,8 +1,10 @@
 """A unit that runs its time."""
 
 import csv
+import pathlib
 import unittest
 
+from live_unit import LiveUnit
 from unit_runner import EXAMPLES, UnitTestCase, errors_of, summary_of
 
 
@@ -131,6 +133,20 @@ class Run(UnitTestCase):
             self.assert_well(result)
             self.assertNotIn("test interface", result.stdout)
             self.edit("enabled = true" if arguments else "enabled = false", "enabled = false")
+
+    def test_the_regulation_gets_the_priority_asked_for_or_the_unit_says_why_not(self):
+        self.edit("realtime_priority = 0 ", "realtime_priority = 7 ")
+        unit = LiveUnit(self, self.command("run", self.unit_file))
+        tasks = pathlib.Path(f"/proc/{unit.process.pid}/task")
+        # Fields 40 and 41 of stat, which has the name in brackets as its second: priority and policy (1 is FIFO).
+        fields = [(tasks / task.name / "stat").read_text().rpartition(")")[2].split() for task in tasks.iterdir()]
+        realtime = [number for number in fields if number[37:39] == ["7", "1"]]
+        _, errors = unit.stop()
+        if "warning: the regulation gets no real-time priority 7" in errors:
+            self.assertIn("CAP_SYS_NICE", errors)
+            self.assertEqual(len(realtime), 0)
+        else:
+            self.assertEqual(len(realtime), 1)
 
 
 if __name__ == "__main__":

@@ -58,7 +58,7 @@ TEST(UnitConfiguration, HasDefaultsForAllButModulesAndChannels)
 TEST(UnitConfiguration, ReadsEveryKeyOfTheUnit)
 {
     const TemporaryFolder folder;
-    const UnitConfiguration unit = load(folder, "[unit]\ninterval_ms = 12\ntemperature_c = -5\n"
+    const UnitConfiguration unit = load(folder, "[unit]\ninterval_ms = 12\nrealtime_priority = 30\ntemperature_c = -5\n"
                                                 "[[module]]\nname = \"A\"\nlibrary = \"libA.so\"\nscope = \"unit\"\n"
                                                 "[storage]\nfile = \"s.toml\"\n"
                                                 "[[calibration]]\nname = \"T\"\nfile = \"/c/t.csv\"\n"
@@ -68,6 +68,7 @@ TEST(UnitConfiguration, ReadsEveryKeyOfTheUnit)
                                                 "temperature = \"held\"\nfrequency = \"linear\"\n"
                                                 "[[channel]]\nnumber = 0\n");
     EXPECT_EQ(unit.intervalMs, 12U);
+    EXPECT_EQ(unit.nRealtimePriority, 30);
     EXPECT_EQ(unit.temperatureDegrees, -5.0);
     EXPECT_EQ(unit.modules[0].eScope, EModuleScope::Unit);
     EXPECT_EQ(unit.sStorageFile, folder.path("s.toml"));

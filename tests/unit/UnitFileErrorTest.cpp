@@ -24,7 +24,7 @@ const BadFile BAD_FILES[] = {
      "test_interface, profile, "
      "transmitter, channel, fault"},
     {"UnknownKeyOfUnit", "[unit]\n\nintervall_ms = 6\n",
-     ":3: unknown key \"intervall_ms\" in [unit]; known keys: interval_ms, temperature_c"},
+     ":3: unknown key \"intervall_ms\" in [unit]; known keys: interval_ms, realtime_priority, temperature_c"},
     {"UnknownKeyOfModule", "[[module]]\nname = \"A\"\nlib = \"x\"\n",
      ":3: unknown key \"lib\" in [[module]]; known keys: name, library, scope"},
     {"UnknownKeyOfProfile", "MODULE[profile]\nfile = \"p\"\npower = \"held\"\n",
@@ -39,6 +39,8 @@ const BadFile BAD_FILES[] = {
      ":2: interval_ms in [unit] must be a whole number from 1 to 24"},
     {"IntervalAsText", "[unit]\ninterval_ms = \"6\"\n",
      ":2: interval_ms in [unit] must be a whole number from 1 to 24"},
+    {"PriorityTooHigh", "[unit]\nrealtime_priority = 100\n",
+     ":2: realtime_priority in [unit] must be a whole number from 0 to 99"},
     {"TemperatureNotANumber", "[unit]\ntemperature_c = nan\n",
      ":2: temperature_c in [unit] must be a number from -100 to 200"},
     {"UnitNotATable", "unit = 3\n", ":1: unit in the file must be a table, written [unit]"},

@@ -8,6 +8,7 @@
 #include "Unit/CommandLine/private/SampleReader.h"
 #include "Unit/CommandLine/private/SignalWatcher.h"
 #include "Unit/Process/PowerText.h"
+#include "Unit/Process/RealtimePriority.h"
 #include "Unit/Process/RegulationLoop.h"
 #include "Unit/Process/StopSignals.h"
 #include "Unit/Process/UnitProcess.h"
@@ -118,6 +119,15 @@ std::vector<RadioChannel*> requestAllOn(UnitProcess& process)
     return channels;
 }
 
+void warnWithoutPriority(std::jthread& thread, int nPriority)
+{
+    const std::string sTrouble =
+        nPriority == 0 ? std::string() : giveRealtimePriority(thread.native_handle(), nPriority);
+    if (!sTrouble.empty()) {
+        fmt::print(stderr, "opc run: warning: {}\n", sTrouble);
+    }
+}
+
 /** Runs a unit that has started, and stops it. @return whether all went well */
 bool regulate(UnitProcess& process, const UnitConfiguration& unit, const RunSettings& settings,
               const StopSignals& signals, TestServer* pServer, CsvWriter* pWriter)
@@ -128,7 +138,8 @@ bool regulate(UnitProcess& process, const UnitConfiguration& unit, const RunSett
     RegulationLoop loop(settings, requestAllOn(process), process.temperature(), unit.faults, queue);
     RunResult result;
     {
-        const std::jthread thread([&loop] { loop.run(); });
+        std::jthread thread([&loop] { loop.run(); });
+        warnWithoutPriority(thread, unit.nRealtimePriority);
         const StopOnExit stopOnExit(loop);
         const Serving serving(pServer, loop);
         result.sEndedBy = superviseUntilFinished(loop, signals, reader, display, serverNotice(pServer));

@@ -1,5 +1,6 @@
 #include "Unit/Process/private/ConfigurationReaders.h"
 
+#include "Unit/Process/RealtimePriority.h"
 #include "Unit/Process/ValueRanges.h"
 
 #include <fmt/format.h>
@@ -53,9 +54,11 @@ EModuleScope readScope(const TomlTable& table)
 void readUnit(const TomlTable& root, UnitConfiguration& configuration)
 {
     if (const auto table = root.table("unit")) {
-        table->allowOnly({"interval_ms", "temperature_c"});
+        table->allowOnly({"interval_ms", "realtime_priority", "temperature_c"});
         configuration.intervalMs = static_cast<unsigned int>(
             table->integer("interval_ms", 1, MAX_INTERVAL_MS).value_or(configuration.intervalMs));
+        configuration.nRealtimePriority = static_cast<int>(
+            table->integer("realtime_priority", 0, MAX_REALTIME_PRIORITY).value_or(configuration.nRealtimePriority));
         configuration.temperatureDegrees =
             table->number("temperature_c", COLDEST_DEGREES, HOTTEST_DEGREES).value_or(configuration.temperatureDegrees);
     }
