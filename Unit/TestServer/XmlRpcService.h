@@ -21,9 +21,10 @@ public:
     /** Bytes of text that its answers may come to; the calls after that are not carried out, each a fault. */
     static constexpr std::size_t MAX_MULTICALL_BYTES = std::size_t{4} * 1024 * 1024;
 
-    /** @param onRefusal is told of bodies that never became a call, a line each; any thread */
-    XmlRpcService(MethodTable methods, std::function<void(const std::string&)> onRefusal,
-                  const XmlRpcLimits& limits = {});
+    /** Is told in a line why a body never became a call. */
+    using RefusalListener = std::function<void(const std::string& sWhy)>;
+
+    explicit XmlRpcService(MethodTable methods, const XmlRpcLimits& limits = {});
     XmlRpcService(const XmlRpcService&) = delete; // its methods know where it lives
     XmlRpcService& operator=(const XmlRpcService&) = delete;
     ~XmlRpcService() = default;
@@ -33,7 +34,7 @@ public:
      * that one core builds and another one reads costs far more when the blocks of several such values mix.
      * @return the response; whatever went wrong is a fault in it
      */
-    std::string answer(const std::string& sBody) const;
+    std::string answer(const std::string& sBody, const RefusalListener& onRefusal = nullptr) const;
 
 private:
     XmlRpcValue dispatch(const std::string& sMethod, XMLRPC_REQUEST request) const;
@@ -42,7 +43,6 @@ private:
     XmlRpcValue inner(XMLRPC_VALUE call) const;
 
     MethodTable m_methods;
-    std::function<void(const std::string&)> m_onRefusal;
     XmlRpcLimits m_limits;
     mutable std::mutex m_turn;
 };

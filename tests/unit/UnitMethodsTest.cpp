@@ -29,7 +29,7 @@ protected:
         m_channel.connect();
         m_pLoop = std::make_unique<RegulationLoop>(RunSettings{}, std::vector<RadioChannel*>{&m_channel}, nullptr,
                                                    std::vector<FaultConfiguration>{}, m_queue);
-        m_pService = std::make_unique<XmlRpcService>(unitMethods(*m_pLoop), [](const std::string&) {});
+        m_pService = std::make_unique<XmlRpcService>(unitMethods(*m_pLoop));
         m_thread = std::jthread([this] { m_pLoop->run(); });
     }
     ~UnitMethods() override { m_pLoop->requestStop(); }

@@ -60,8 +60,7 @@ TestServer::~TestServer()
 void TestServer::serve(RegulationLoop& loop)
 {
     m_pPolicy = std::make_unique<const AccessPolicy>(m_sAddress, m_http.port(), m_sToken);
-    m_pService = std::make_unique<XmlRpcService>(unitMethods(loop),
-                                                 [this](const std::string& sWhat) { m_pTrace->write(sWhat); });
+    m_pService = std::make_unique<XmlRpcService>(unitMethods(loop));
     m_bServing = true;
 }
 
@@ -102,7 +101,10 @@ HttpResponse TestServer::answer(const HttpRequest& request)
 {
     HttpResponse response;
     response.sContentType = "text/xml; charset=utf-8";
-    response.sBody = m_pService->answer(request.sBody);
+    response.sBody = m_pService->answer(request.sBody, [this, &request](const std::string& sWhy) {
+        m_pTrace->write(
+            fmt::format("{} {} {} refused: {}", request.sClientAddress, request.sMethod, request.sPath, sWhy));
+    });
     return response;
 }
 

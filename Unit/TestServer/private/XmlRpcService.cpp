@@ -31,14 +31,13 @@ XmlRpcValue carryOut(const Method& method, const std::string& sMethod, XMLRPC_RE
 }
 } // namespace
 
-XmlRpcService::XmlRpcService(MethodTable methods, std::function<void(const std::string&)> onRefusal,
-                             const XmlRpcLimits& limits)
-    : m_methods(std::move(methods)), m_onRefusal(std::move(onRefusal)), m_limits(limits)
+XmlRpcService::XmlRpcService(MethodTable methods, const XmlRpcLimits& limits)
+    : m_methods(std::move(methods)), m_limits(limits)
 {
     addSystemMethods();
 }
 
-std::string XmlRpcService::answer(const std::string& sBody) const
+std::string XmlRpcService::answer(const std::string& sBody, const RefusalListener& onRefusal) const
 {
     try {
         const XmlRpcRequest request = parseXmlRpc(sBody, EXmlRpcMessage::Call, m_limits);
@@ -47,8 +46,8 @@ std::string XmlRpcService::answer(const std::string& sBody) const
         return writeXmlRpcResponse(value.get());
     }
     catch (const XmlRpcFault& refusal) {
-        if (m_onRefusal) {
-            m_onRefusal(refusal.what());
+        if (onRefusal) {
+            onRefusal(refusal.what());
         }
         return writeXmlRpcResponse(makeXmlRpcFault(refusal.code(), refusal.what()).get());
     }

@@ -62,7 +62,7 @@ class Parts
 {
 public:
     explicit Parts(const std::vector<Sample>& samples)
-        : m_log(samples), m_request(parseXmlRpc(CALL, EXmlRpcMessage::Call)), m_service(methods(), nullptr)
+        : m_log(samples), m_request(parseXmlRpc(CALL, EXmlRpcMessage::Call)), m_service(methods())
     {
         requireRight(m_service.answer(CALL), samples);
         requireRight(libraryText(asResponse(build()).get()).get(), samples);

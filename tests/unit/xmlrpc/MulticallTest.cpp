@@ -54,7 +54,7 @@ protected:
         EXPECT_EQ(std::string(XMLRPC_GetValueFaultString(value)), sText);
     }
 
-    XmlRpcService m_service{testMethods(), {}};
+    XmlRpcService m_service{testMethods()};
     XmlRpcRequest m_answer;
 };
 } // namespace

@@ -154,14 +154,15 @@ TEST(XmlRpcMutation, EveryBodyGetsAWholeResponse)
 {
     int nRefusals = 0;
     int nResults = 0;
-    const XmlRpcService service(testMethods(), [&](const std::string& sLine) {
+    const XmlRpcService service(testMethods());
+    const auto onRefusal = [&](const std::string& sWhy) {
         ++nRefusals;
-        EXPECT_EQ(sLine.find('\n'), std::string::npos) << sLine;
-    });
+        EXPECT_EQ(sWhy.find('\n'), std::string::npos) << sWhy;
+    };
     Mutator mutator(20240229);
     for (int i = 0; i < BODIES; ++i) {
         const std::string sBody = mutator.next();
-        const std::string sAnswer = service.answer(sBody);
+        const std::string sAnswer = service.answer(sBody, onRefusal);
         const auto refusal = checkXmlRpc(sAnswer, EXmlRpcMessage::Response);
         ASSERT_FALSE(refusal) << refusal->sText << "\n" << sBody << "\n" << sAnswer;
         nResults += sAnswer.find("<fault>") == std::string::npos ? 1 : 0;
@@ -174,7 +175,7 @@ TEST(XmlRpcMutation, EveryBodyGetsAWholeResponse)
 
 TEST(XmlRpcMutation, KeepsNothingOfBodies)
 {
-    const XmlRpcService service(testMethods(), {});
+    const XmlRpcService service(testMethods());
     const auto serve = [&] {
         Mutator mutator(7);
         for (int i = 0; i < BODIES / 20; ++i) {

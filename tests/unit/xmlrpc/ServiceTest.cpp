@@ -25,8 +25,13 @@ protected:
                                 "</value></param></params></methodCall>");
     }
 
+    std::string serve(const std::string& sBody)
+    {
+        return m_service.answer(sBody, [this](const std::string& sWhy) { m_refusals.push_back(sWhy); });
+    }
+
     std::vector<std::string> m_refusals;
-    XmlRpcService m_service{testMethods(), [this](const std::string& sLine) { m_refusals.push_back(sLine); }};
+    XmlRpcService m_service{testMethods()};
 };
 
 std::vector<std::string> textsOf(XMLRPC_VALUE array)
@@ -48,9 +53,9 @@ XmlRpcValue echoStruct(const std::string& sValue)
 
 TEST_F(Service, CarriesOutCalls)
 {
-    const XmlRpcRequest echo = readAnswer(m_service.answer(callWithStruct("Test.Echo", echoStruct("a < b"))));
+    const XmlRpcRequest echo = readAnswer(serve(callWithStruct("Test.Echo", echoStruct("a < b"))));
     EXPECT_STREQ(XMLRPC_GetValueString(XMLRPC_RequestGetData(echo.get())), "a < b");
-    const XmlRpcRequest none = readAnswer(m_service.answer(callOf("Test.Echo")));
+    const XmlRpcRequest none = readAnswer(serve(callOf("Test.Echo")));
     EXPECT_STREQ(XMLRPC_GetValueString(XMLRPC_RequestGetData(none.get())), "none");
     EXPECT_THAT(m_refusals, testing::IsEmpty());
 }
@@ -59,28 +64,27 @@ TEST_F(Service, GivesHandlersTheRequest)
 {
     XmlRpcValue members = makeXmlRpcStruct(nullptr);
     addXmlRpcValue(members.get(), makeXmlRpcString("RequestOption", "Read"));
-    const XmlRpcRequest answer = readAnswer(m_service.answer(callWithStruct("Test.Handler", std::move(members))));
+    const XmlRpcRequest answer = readAnswer(serve(callWithStruct("Test.Handler", std::move(members))));
     EXPECT_STREQ(XMLRPC_GetValueString(XMLRPC_VectorRewind(XMLRPC_RequestGetData(answer.get()))), "Read");
-    expectFault(m_service.answer(callOf("Test.Handler")), 2, "eTI_E_REQUIRED_INPUT_MISSING, no RequestOption");
+    expectFault(serve(callOf("Test.Handler")), 2, "eTI_E_REQUIRED_INPUT_MISSING, no RequestOption");
 }
 
 TEST_F(Service, TurnsWhatGoesWrongIntoFaults)
 {
-    expectFault(m_service.answer(callOf("Test.Refuse")), eTI_E_FAILED, "eTI_E_FAILED, refused");
-    expectFault(m_service.answer(callOf("Test.Throw")), eXMLRPC_FAULT_INTERNAL, "Test.Throw: it broke");
-    expectFault(m_service.answer(callOf("Test.ThrowOther")), eXMLRPC_FAULT_INTERNAL,
-                "Test.ThrowOther: an unknown exception");
-    expectFault(m_service.answer(callOf("Test.Nothing")), eXMLRPC_FAULT_INTERNAL, "Test.Nothing: no result");
-    expectFault(m_service.answer(callOf("Test.Unknown")), eXMLRPC_FAULT_UNKNOWN_METHOD, "unknown method Test.Unknown");
-    expectFault(m_service.answer(callOf("test.echo")), eXMLRPC_FAULT_UNKNOWN_METHOD, "unknown method test.echo");
+    expectFault(serve(callOf("Test.Refuse")), eTI_E_FAILED, "eTI_E_FAILED, refused");
+    expectFault(serve(callOf("Test.Throw")), eXMLRPC_FAULT_INTERNAL, "Test.Throw: it broke");
+    expectFault(serve(callOf("Test.ThrowOther")), eXMLRPC_FAULT_INTERNAL, "Test.ThrowOther: an unknown exception");
+    expectFault(serve(callOf("Test.Nothing")), eXMLRPC_FAULT_INTERNAL, "Test.Nothing: no result");
+    expectFault(serve(callOf("Test.Unknown")), eXMLRPC_FAULT_UNKNOWN_METHOD, "unknown method Test.Unknown");
+    expectFault(serve(callOf("test.echo")), eXMLRPC_FAULT_UNKNOWN_METHOD, "unknown method test.echo");
     EXPECT_THAT(m_refusals, testing::IsEmpty());
 }
 
 TEST_F(Service, TellsOfBodiesThatNeverBecameACall)
 {
-    expectFault(m_service.answer("\n<a>"), eXMLRPC_FAULT_NOT_XMLRPC, "line 2: element <a> has no place here");
-    expectFault(m_service.answer(""), eXMLRPC_FAULT_NOT_WELL_FORMED, "line 1: no element found");
-    expectFault(m_service.answer(callWithValue("\xE9")), eXMLRPC_FAULT_BAD_ENCODING, "line 1: not UTF-8");
+    expectFault(serve("\n<a>"), eXMLRPC_FAULT_NOT_XMLRPC, "line 2: element <a> has no place here");
+    expectFault(serve(""), eXMLRPC_FAULT_NOT_WELL_FORMED, "line 1: no element found");
+    expectFault(serve(callWithValue("\xE9")), eXMLRPC_FAULT_BAD_ENCODING, "line 1: not UTF-8");
     EXPECT_THAT(m_refusals, testing::ElementsAre("line 2: element <a> has no place here", "line 1: no element found",
                                                  "line 1: not UTF-8"));
 }
@@ -89,7 +93,7 @@ TEST_F(Service, KeepsItsLimits)
 {
     XmlRpcLimits limits;
     limits.nMaxBytes = callOf("Test.Named").size();
-    const XmlRpcService service(testMethods(), {}, limits);
+    const XmlRpcService service(testMethods(), limits);
     EXPECT_NO_THROW((void)readAnswer(service.answer(callOf("Test.Named"))));
     expectFault(service.answer(callOf("Test.Named") + " "), eXMLRPC_FAULT_NOT_XMLRPC,
                 "line 1: more than " + std::to_string(limits.nMaxBytes) + " bytes in the message");
@@ -97,7 +101,7 @@ TEST_F(Service, KeepsItsLimits)
 
 TEST_F(Service, ListsItsMethods)
 {
-    const XmlRpcRequest answer = readAnswer(m_service.answer(callOf("system.listMethods")));
+    const XmlRpcRequest answer = readAnswer(serve(callOf("system.listMethods")));
     EXPECT_THAT(textsOf(XMLRPC_RequestGetData(answer.get())),
                 testing::ElementsAre("Test.Add", "Test.Echo", "Test.Handler", "Test.Named", "Test.Nothing",
                                      "Test.Parameters", "Test.Refuse", "Test.Samples", "Test.Throw", "Test.ThrowOther",
@@ -130,10 +134,10 @@ TEST_F(Service, AsksSystemMethodsForOneName)
 {
     for (const std::string sMethod : {"system.methodHelp", "system.methodSignature"}) {
         const std::string sText = sMethod + ": the only parameter must be the name of a method";
-        expectFault(m_service.answer(callOf(sMethod)), eXMLRPC_FAULT_INVALID_PARAMS, sText);
+        expectFault(serve(callOf(sMethod)), eXMLRPC_FAULT_INVALID_PARAMS, sText);
         expectFault(systemCall(sMethod, "<int>1</int>"), eXMLRPC_FAULT_INVALID_PARAMS, sText);
-        expectFault(m_service.answer("<methodCall><methodName>" + sMethod + "</methodName><params>" +
-                                     repeated("<param><value>Test.Add</value></param>", 2) + "</params></methodCall>"),
+        expectFault(serve("<methodCall><methodName>" + sMethod + "</methodName><params>" +
+                          repeated("<param><value>Test.Add</value></param>", 2) + "</params></methodCall>"),
                     eXMLRPC_FAULT_INVALID_PARAMS, sText);
     }
 }
@@ -144,14 +148,17 @@ TEST_F(Service, ServesSeveralThreadsAtOnce)
     constexpr int CALLS = 200;
     std::atomic<int> nRefusals = 0;
     std::atomic<int> nRight = 0;
-    const XmlRpcService service(testMethods(), [&](const std::string&) { ++nRefusals; });
+    const XmlRpcService service(testMethods());
     const auto serve = [&](int nThread) {
         for (int i = 0; i < CALLS; ++i) {
             const std::string sValue = std::to_string(nThread) + "/" + std::to_string(i);
             const std::string sAnswer = service.answer(callWithStruct("Test.Echo", echoStruct(sValue)));
             nRight += sAnswer.find("<string>" + sValue + "</string>") != std::string::npos ? 1 : 0;
             nRight += service.answer(callOf("system.listMethods")).find("Test.Add") != std::string::npos ? 1 : 0;
-            nRight += service.answer("<" + sValue).find("<fault>") != std::string::npos ? 1 : 0;
+            nRight += service.answer("<" + sValue, [&](const std::string&) { ++nRefusals; }).find("<fault>") !=
+                              std::string::npos
+                          ? 1
+                          : 0;
         }
     };
     std::vector<std::thread> threads;
@@ -177,7 +184,7 @@ TEST(ServiceOfSlowMethods, CarriesOutOneCallAtATime)
                      --nInside;
                      return makeXmlRpcString(nullptr, "done");
                  }});
-    const XmlRpcService service(std::move(methods), {});
+    const XmlRpcService service(std::move(methods));
     std::vector<std::jthread> threads;
     for (int nThread = 0; nThread < 4; ++nThread) {
         threads.emplace_back([&service] {
