@@ -66,7 +66,7 @@ public:
     const std::vector<RadioChannel*>& channels() const { return m_channels; }
 
     /** Wants a transmitter on or off. @return false for one to come on while the unit is stopping */
-    bool want(RadioChannel& channel, ERequestedTxPowerState eState);
+    bool want(RadioChannel& channel, ERequestedTxPowerState eState) const;
 
     unsigned int intervalMs() const { return m_settings.intervalMs; }
     double elapsedSeconds() const;

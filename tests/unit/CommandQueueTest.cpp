@@ -50,6 +50,7 @@ TEST(CommandQueue, NeverRunsTwoCommandsAtOnceWhoeverAsks)
     constexpr int CALLS = 500;
     int nCount = 0; // no atomic: the serving thread alone touches it
     std::vector<std::jthread> callers;
+    callers.reserve(CALLERS);
     for (int nCaller = 0; nCaller < CALLERS; ++nCaller) {
         callers.emplace_back([&queue, &nCount] {
             for (int nCall = 0; nCall < CALLS; ++nCall) {
@@ -85,6 +86,7 @@ TEST(CommandQueue, RefusesWhatWaitsAndWhatComesOnceItIsClosed)
 {
     CommandQueue queue;
     std::vector<std::jthread> callers;
+    callers.reserve(5);
     std::atomic<int> nRefused{0};
     for (int nCaller = 0; nCaller < 4; ++nCaller) {
         callers.emplace_back([&] {
@@ -106,6 +108,7 @@ TEST(CommandQueue, AnswersEveryCallerWhenTheServerEndsAmongThem)
         CommandQueue queue;
         Server server(queue);
         std::vector<std::jthread> callers;
+        callers.reserve(5);
         for (int nCaller = 0; nCaller < 4; ++nCaller) {
             callers.emplace_back([&queue] {
                 try {
@@ -128,6 +131,7 @@ TEST(CommandQueue, RunsCommandsInTheOrderTheyCame)
     CommandQueue queue;
     std::vector<int> order;
     std::vector<std::jthread> callers;
+    callers.reserve(5);
     for (int nCaller = 0; nCaller < 5; ++nCaller) {
         callers.emplace_back([&queue, &order, nCaller] { queue.run([&order, nCaller] { order.push_back(nCaller); }); });
         std::this_thread::sleep_for(std::chrono::milliseconds(20)); // it waits

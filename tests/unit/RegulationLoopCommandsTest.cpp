@@ -22,6 +22,8 @@ protected:
         m_thread = std::jthread([this] { m_pLoop->run(); });
     }
     ~RegulationLoopCommands() override { m_pLoop->requestStop(); }
+    RegulationLoopCommands(const RegulationLoopCommands&) = delete;
+    RegulationLoopCommands& operator=(const RegulationLoopCommands&) = delete;
 
     static ChannelConfiguration configuration()
     {

@@ -33,6 +33,8 @@ protected:
         m_thread = std::jthread([this] { m_pLoop->run(); });
     }
     ~UnitMethods() override { m_pLoop->requestStop(); }
+    UnitMethods(const UnitMethods&) = delete;
+    UnitMethods& operator=(const UnitMethods&) = delete;
 
     static ChannelConfiguration configuration()
     {

@@ -70,7 +70,7 @@ double RegulationLoop::elapsedSeconds() const
     return m_timer ? static_cast<double>(m_timer->elapsedNs()) / NANOSECONDS_PER_SECOND_REAL : 0.0;
 }
 
-bool RegulationLoop::want(RadioChannel& channel, ERequestedTxPowerState eState)
+bool RegulationLoop::want(RadioChannel& channel, ERequestedTxPowerState eState) const
 {
     if (m_bStopping && eState != eREQUESTED_TX_POWER_OFF) {
         return false;

@@ -135,9 +135,9 @@ private:
 /** @return a call with the struct that a TI method takes, from the plain parameters of its Unit method */
 XmlRpcRequest withStruct(const MethodCall& call)
 {
-    const XMLRPC_VALUE parameters = XMLRPC_RequestGetData(call.request());
-    const XMLRPC_VALUE option = XMLRPC_VectorRewind(parameters);
-    const XMLRPC_VALUE channel = XMLRPC_VectorNext(parameters);
+    XMLRPC_VALUE parameters = XMLRPC_RequestGetData(call.request());
+    XMLRPC_VALUE option = XMLRPC_VectorRewind(parameters);
+    XMLRPC_VALUE channel = XMLRPC_VectorNext(parameters);
     const bool bChannel = XMLRPC_GetValueType(channel) == xmlrpc_int;
     if (XMLRPC_GetValueType(option) != xmlrpc_string || (channel != nullptr && !bChannel) ||
         XMLRPC_VectorSize(parameters) > 2)

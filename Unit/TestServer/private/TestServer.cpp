@@ -77,7 +77,7 @@ std::string TestServer::url() const
 
 std::optional<HttpResponse> TestServer::refuse(const HttpRequest& head)
 {
-    const std::optional<HttpResponse> response = judge(head);
+    std::optional<HttpResponse> response = judge(head);
     if (response) {
         const std::string sReason = response->sBody.substr(0, response->sBody.find('\n'));
         m_pTrace->write(fmt::format("{} {} {} refused: {} {}", head.sClientAddress, head.sMethod, head.sPath,

@@ -186,6 +186,7 @@ TEST(ServiceOfSlowMethods, CarriesOutOneCallAtATime)
                  }});
     const XmlRpcService service(std::move(methods));
     std::vector<std::jthread> threads;
+    threads.reserve(4);
     for (int nThread = 0; nThread < 4; ++nThread) {
         threads.emplace_back([&service] {
             for (int i = 0; i < 10; ++i) {
