@@ -7,19 +7,7 @@ namespace
 {
 constexpr const char* FROM_UNIT_FILE = "unit-file";
 
-/** A method that sets one whole number. */
-struct WholeNumberSetting
-{
-    const char* pName;
-    const char* pDescription;
-    const char* pExamples;
-    const char* pArgument;
-    const char* pMethod;
-    const char* pMember;
-    EChannelUse eChannelUse;
-};
-
-/** A method that sets one number, or gives it back to the unit file. */
+/** A method that sets one number. */
 struct NumberSetting
 {
     const char* pName;
@@ -31,7 +19,8 @@ struct NumberSetting
     EChannelUse eChannelUse;
 };
 
-void addWholeNumber(CLI::App& control, std::vector<ControlLeaf>& leaves, const WholeNumberSetting& setting)
+/** Adds a command that takes a whole number. */
+void addWholeNumber(CLI::App& control, std::vector<ControlLeaf>& leaves, const NumberSetting& setting)
 {
     CLI::App& command = addControlCommand(control, setting.pName, setting.pDescription, setting.pExamples);
     CLI::Option* pValue = command.add_option(setting.pArgument, "The new value")->required();
@@ -42,6 +31,7 @@ void addWholeNumber(CLI::App& control, std::vector<ControlLeaf>& leaves, const W
          }});
 }
 
+/** Adds a command that takes a number, or the word that gives it back to the unit file. */
 void addNumber(CLI::App& control, std::vector<ControlLeaf>& leaves, const NumberSetting& setting)
 {
     CLI::App& command = addControlCommand(control, setting.pName, setting.pDescription, setting.pExamples);
