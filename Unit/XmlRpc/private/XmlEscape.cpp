@@ -71,7 +71,7 @@ std::string_view reference(char c)
     case '\n':
         return {};
     default:
-        return c >= 0 && c < ' ' ? REPLACEMENT : std::string_view();
+        return static_cast<unsigned char>(c) < ' ' ? REPLACEMENT : std::string_view();
     }
 }
 } // namespace
