@@ -22,6 +22,10 @@ set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib")
 add_library(OpcOptions INTERFACE)
 target_include_directories(OpcOptions INTERFACE "${PROJECT_SOURCE_DIR}")
 target_compile_definitions(OpcOptions INTERFACE _POSIX_C_SOURCE=200809L _DEFAULT_SOURCE)
+if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+  # A recording may grow beyond 2 GiB. The time keeps its 32 bits, as in the libraries of the target.
+  target_compile_definitions(OpcOptions INTERFACE _FILE_OFFSET_BITS=64)
+endif()
 target_compile_options(OpcOptions INTERFACE
   -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror
   $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>)

@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace
 {
@@ -42,6 +43,20 @@ TEST(CsvWriter, ReplacesWhatTheFileHeld)
     EXPECT_EQ(TemporaryFolder::read(sPath).size(), 10000U); // not before it begins
     writer.begin();
     EXPECT_EQ(TemporaryFolder::read(sPath), HEADER);
+}
+
+TEST(CsvWriter, ReplacesAFileThatDoesNotFit31Bits)
+{
+    static_assert(sizeof(off_t) == sizeof(std::int64_t), "files may grow beyond 2 GiB");
+    const TemporaryFolder folder;
+    const std::string sPath = folder.write("run.csv", "");
+    ASSERT_EQ(truncate(sPath.c_str(), off_t{3} * 1024 * 1024 * 1024), 0); // a hole, which takes no space
+    CsvWriter writer(sPath);
+    writer.begin();
+    EXPECT_EQ(writer.error(), "");
+    struct stat information = {};
+    ASSERT_EQ(stat(sPath.c_str(), &information), 0);
+    EXPECT_EQ(information.st_size, static_cast<off_t>(HEADER.size()));
 }
 
 TEST(CsvWriter, WritesWhatIsLeftWhenItGoes)
