@@ -18,8 +18,8 @@ public:
     using Initialize = long (*)(void* pModule);
 
     /**
-     * Loads a module's library: a bare name is looked for in the unit file's folder, then in ../lib beside the program,
-     * then the system's way; a path starts from the unit file's folder.
+     * Loads a module's library: a bare name is looked for in the unit file's folder, then where the program's build and
+     * its installation have their modules, then the system's way; a path starts from the unit file's folder.
      * @throws ConfigurationError when the library cannot be loaded or lacks an entry point
      */
     ModuleLibrary(const UnitConfiguration& unit, const ModuleConfiguration& module);

@@ -43,6 +43,9 @@ class BadInput(UnitTestCase):
             with self.subTest(arguments):
                 self.assert_refused(self.run_program(*arguments), part)
 
+    def test_no_unit_file_names_both_places(self):
+        self.assert_refused(self.run_program("run"), "unit.toml in this folder", "/etc/opc/unit.toml")
+
     def test_unit_files_that_cannot_be_read(self):
         self.assert_refused(self.run_program("run", "missing.toml"), "missing.toml", "No such file or directory")
         self.assert_refused(self.run_program("run", self.folder), "Is a directory")

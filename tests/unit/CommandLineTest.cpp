@@ -33,6 +33,14 @@ TEST(CommandLine, HelpsOnStandardOutput)
     EXPECT_THAT(outcome.sOutput, testing::HasSubstr("opc run examples/unit.toml --duration 10 --csv run.csv"));
 }
 
+TEST(CommandLine, SaysItsVersion)
+{
+    const Outcome outcome = runWith({"--version"});
+    EXPECT_EQ(outcome.nExitCode, eEXIT_OK);
+    EXPECT_EQ(outcome.sOutput, "opc " OPC_VERSION "\n");
+    EXPECT_EQ(outcome.sErrors, "");
+}
+
 TEST(CommandLine, RefusesWrongArgumentsInOneLine)
 {
     struct Case

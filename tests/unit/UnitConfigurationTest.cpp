@@ -220,13 +220,15 @@ TEST(Names, AreBuiltAsTheControllerLooksThemUp)
     EXPECT_EQ(channelInterfaceName("IFrequencyHandler_Tx", 12), "IFrequencyHandler_Tx_12");
 }
 
-TEST(ModuleLibraryCandidates, AreTheFilesFolderTheProgramsAndTheSystems)
+TEST(ModuleLibraryCandidates, AreTheFilesFolderTheBuildsTheInstallationsAndTheSystems)
 {
-    const std::string sProgram = std::filesystem::read_symlink("/proc/self/exe").parent_path().parent_path().string();
+    const std::string sPrefix = std::filesystem::read_symlink("/proc/self/exe").parent_path().parent_path().string();
+    const std::string sBuilt = sPrefix + "/lib/libA.so";
+    const std::string sInstalled = sPrefix + "/" OPC_MODULE_FOLDER "/libA.so";
     EXPECT_THAT(moduleLibraryCandidates("/units", "libA.so"),
-                testing::ElementsAre("/units/libA.so", sProgram + "/lib/libA.so", "libA.so"));
+                testing::ElementsAre("/units/libA.so", sBuilt, sInstalled, "libA.so"));
     EXPECT_THAT(moduleLibraryCandidates("", "libA.so"),
-                testing::ElementsAre("./libA.so", sProgram + "/lib/libA.so", "libA.so"));
+                testing::ElementsAre("./libA.so", sBuilt, sInstalled, "libA.so"));
     EXPECT_THAT(moduleLibraryCandidates("/units", "more/libA.so"), testing::ElementsAre("/units/more/libA.so"));
     EXPECT_THAT(moduleLibraryCandidates("/units", "/lib/libA.so"), testing::ElementsAre("/lib/libA.so"));
 }

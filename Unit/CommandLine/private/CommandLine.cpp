@@ -4,6 +4,7 @@
 #include "Unit/Client/ControlCommand.h"
 #include "Unit/CommandLine/Completion.h"
 #include "Unit/CommandLine/RunCommand.h"
+#include "Unit/Process/Installation.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -52,7 +53,8 @@ CLI::Validator numberRange(double lower, bool bLowerIncluded, double upper)
 void addRun(CLI::App& app, RunOptions& options)
 {
     CLI::App* pRun = app.add_subcommand("run", "Run a unit in real time until its time is up, SIGINT or SIGTERM");
-    pRun->add_option("unit.toml", options.sUnitFile, "The unit file; without it, unit.toml in the current folder")
+    pRun->add_option("unit.toml", options.sUnitFile,
+                     "The unit file; without it, unit.toml in the current folder, else the installed one")
         ->type_name("FILE");
     pRun->add_option("--duration", options.durationSeconds, "Stop after this many seconds")
         ->type_name("SECONDS")
@@ -91,14 +93,24 @@ CLI::App* addCompletion(CLI::App& app)
     return pCompletion;
 }
 
+/** @return the unit file of a run that names none */
+std::string defaultUnitFile()
+{
+    const std::string sInstalled = installedUnitFile();
+    for (const std::string& sFile : {std::string(DEFAULT_UNIT_FILE), sInstalled}) {
+        if (std::filesystem::exists(sFile)) {
+            return sFile;
+        }
+    }
+    throw ConfigurationError(fmt::format("no unit file is named, and there is neither {} in this folder nor {}; name "
+                                         "one, such as: opc run examples/unit.toml",
+                                         DEFAULT_UNIT_FILE, sInstalled));
+}
+
 int carryOutRun(RunOptions& options)
 {
     if (options.sUnitFile.empty()) {
-        if (!std::filesystem::exists(DEFAULT_UNIT_FILE)) {
-            throw ConfigurationError("no unit file is named and there is no unit.toml here; name one, such as: "
-                                     "opc run examples/unit.toml");
-        }
-        options.sUnitFile = DEFAULT_UNIT_FILE;
+        options.sUnitFile = defaultUnitFile();
     }
     return runUnit(options);
 }
@@ -161,6 +173,7 @@ int parseAndCarryOut(int nArguments, const char* const* ppArguments)
     CLI::App app("opc - runs the output power control of a radio unit", "opc");
     app.require_subcommand(0, 1);
     app.footer(EXAMPLES);
+    app.set_version_flag("--version", "opc " OPC_VERSION, "Print the version and exit");
     RunOptions options;
     addRun(app, options);
     const ControlCommand control(app);
@@ -172,7 +185,7 @@ int parseAndCarryOut(int nArguments, const char* const* ppArguments)
             return control.run();
         }
     }
-    catch (const CLI::Success& success) { // --help
+    catch (const CLI::Success& success) { // --help, --version
         return app.exit(success);
     }
     catch (const CLI::ParseError& error) {

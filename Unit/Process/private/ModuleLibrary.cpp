@@ -1,6 +1,7 @@
 #include "Unit/Process/ModuleLibrary.h"
 
 #include "Platform/ConfigurationError.h"
+#include "Unit/Process/Installation.h"
 
 #include <dlfcn.h>
 #include <fmt/format.h>
@@ -53,9 +54,8 @@ std::vector<std::string> moduleLibraryCandidates(const std::string& sUnitFolder,
     if (sLibrary.find('/') != std::string::npos) {
         return {sBeside};
     }
-    std::error_code error;
-    const fs::path program = fs::read_symlink("/proc/self/exe", error);
-    return {sBeside, (program.parent_path().parent_path() / "lib" / sLibrary).string(), sLibrary};
+    return {sBeside, (fs::path(builtModuleFolder()) / sLibrary).string(),
+            (fs::path(installedModuleFolder()) / sLibrary).string(), sLibrary};
 }
 
 void ModuleLibrary::Closer::operator()(void* pHandle) const

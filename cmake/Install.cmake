@@ -1,0 +1,48 @@
+# What `cmake --install` puts where. Components: Library (the module), Development (what builds against it), Program (opc
+# with its platform, handler modules and configuration).
+include(CMakePackageConfigHelpers)
+
+set_target_properties(OutputPowerControllerInterfaces PROPERTIES EXPORT_NAME Interfaces)
+install(TARGETS OutputPowerController OutputPowerControllerInterfaces EXPORT OutputPowerControllerTargets
+  LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT Library NAMELINK_COMPONENT Development
+  FILE_SET HEADERS DESTINATION "${OPC_INCLUDE_FOLDER}" COMPONENT Development)
+
+# --- CMake package, for the installed tree and for this build ---------------------------------------------------------
+install(EXPORT OutputPowerControllerTargets
+  NAMESPACE OutputPowerController:: DESTINATION "${OPC_PACKAGE_FOLDER}" COMPONENT Development)
+export(EXPORT OutputPowerControllerTargets
+  NAMESPACE OutputPowerController:: FILE "${PROJECT_BINARY_DIR}/OutputPowerControllerTargets.cmake")
+configure_package_config_file(
+  cmake/OutputPowerControllerConfig.cmake.in "${PROJECT_BINARY_DIR}/OutputPowerControllerConfig.cmake"
+  INSTALL_DESTINATION "${OPC_PACKAGE_FOLDER}" NO_SET_AND_CHECK_MACRO)
+write_basic_package_version_file(
+  "${PROJECT_BINARY_DIR}/OutputPowerControllerConfigVersion.cmake" COMPATIBILITY SameMajorVersion)
+install(
+  FILES "${PROJECT_BINARY_DIR}/OutputPowerControllerConfig.cmake"
+        "${PROJECT_BINARY_DIR}/OutputPowerControllerConfigVersion.cmake"
+  DESTINATION "${OPC_PACKAGE_FOLDER}" COMPONENT Development)
+
+# --- pkg-config -------------------------------------------------------------------------------------------------------
+get_target_property(soversion OutputPowerController SOVERSION)
+set(OPC_MODULE_LINK_NAME "libOutputPowerController.so.${soversion}")
+opc_relative_folder(OPC_PREFIX_FROM_PKGCONFIG "${OPC_PKGCONFIG_FOLDER}" ".")
+configure_file(cmake/OutputPowerController.pc.in "${PROJECT_BINARY_DIR}/OutputPowerController.pc" @ONLY)
+install(FILES "${PROJECT_BINARY_DIR}/OutputPowerController.pc"
+  DESTINATION "${OPC_PKGCONFIG_FOLDER}" COMPONENT Development)
+
+# --- the program ------------------------------------------------------------------------------------------------------
+install(TARGETS opc RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT Program)
+install(TARGETS UnitPlatform OutputPowerHandler FrequencyHandler TemperatureHandler
+  LIBRARY DESTINATION "${OPC_MODULE_FOLDER}" COMPONENT Program)
+# By this link a unit file finds the module among the others, by the name that it has in a build.
+file(MAKE_DIRECTORY "${PROJECT_BINARY_DIR}/module-link")
+file(CREATE_LINK "../${OPC_MODULE_LINK_NAME}"
+  "${PROJECT_BINARY_DIR}/module-link/libOutputPowerController.so" SYMBOLIC)
+install(FILES "${PROJECT_BINARY_DIR}/module-link/libOutputPowerController.so"
+  DESTINATION "${OPC_MODULE_FOLDER}" COMPONENT Program)
+install(FILES examples/unit.toml examples/storage.toml
+  DESTINATION "${OPC_CONFIGURATION_FOLDER}" COMPONENT Program)
+install(DIRECTORY examples/calibration examples/profiles
+  DESTINATION "${OPC_CONFIGURATION_FOLDER}" COMPONENT Program FILES_MATCHING PATTERN "*.csv")
+install(FILES "${PROJECT_BINARY_DIR}/share/bash-completion/completions/opc"
+  DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" COMPONENT Program)
