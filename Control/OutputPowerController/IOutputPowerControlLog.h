@@ -14,14 +14,18 @@
 class EAF_PUBLIC IOutputPowerControlLog : public IInterface_c
 {
 public:
-    /** Empties whichever of the two logs is recording and lets it go on; one that is not recording is left alone. */
+    /**
+     * Empties whichever of the two logs is recording and lets it go on; one that is not recording is left alone.
+     * Call it in the thread that regulates.
+     */
     virtual void logsRestart() = 0;
 
-    /** The C function table's entry. */
+    /** @copydoc IOutputPowerControlLogCStruct::logsRestart */
     static long staticLogsRestart(void* vpThis);
 
 protected:
+    /** Fills the function table and hands it to getCStruct(). */
     IOutputPowerControlLog();
 
-    IOutputPowerControlLogCStruct m_cStruct;
+    IOutputPowerControlLogCStruct m_cStruct; /**< the function table; its vpThis is this object */
 };

@@ -10,6 +10,10 @@ typedef struct IOutputPowerControlLogCStruct
 {
     void* vpThis; /**< the log */
 
-    /** Restarts whichever of the two logs is recording. */
+    /**
+     * Empties whichever of the two logs is recording and lets it go on. Call it in the thread that regulates.
+     * @param vpThis the log
+     * @return EAF_OK, or EAF_NULL_POINTER for a null log
+     */
     long (*logsRestart)(void* vpThis);
 } IOutputPowerControlLogCStruct;

@@ -9,7 +9,12 @@
 struct ITemperatureObserver
 {
     void* vpThis; /**< passed back as first argument */
-    /** Told the temperature, in the unit of the calibration tables' temperature axis. */
+
+    /**
+     * Told the temperature, in the thread that reports it.
+     * @param vpThis the observer
+     * @param nTemperature in the unit of the calibration tables' temperature axis
+     */
     void (*pfnNotifyTemperature)(void* vpThis, int nTemperature);
 };
 

@@ -7,10 +7,11 @@
 
 #include <string>
 
-/** Root of all brokered interfaces. Reach the real interface by dynamic_cast. */
+/** Root of all brokered interfaces. Reach the real interface by dynamic_cast. Neither copied nor moved. */
 class EAF_PUBLIC IInterface
 {
 public:
+    /** The broker never deletes an interface; withdraw it before this. */
     virtual ~IInterface() = default;
 
     IInterface(const IInterface&) = delete;

@@ -23,7 +23,8 @@ public:
     virtual void* getCStruct() { return m_pCStruct; }
 
 protected:
+    /** Begins without a table. */
     IInterface_c() = default;
 
-    void* m_pCStruct = nullptr;
+    void* m_pCStruct = nullptr; /**< set by the class that has the table; not owned */
 };

@@ -8,7 +8,7 @@
 
 #include <string>
 
-/** Finds interfaces by name. Every operation may be called from any thread. */
+/** Finds interfaces by name; not copied. Every operation may be called from any thread. */
 class EAF_PUBLIC InterfaceBroker
 {
 public:

@@ -7,7 +7,7 @@
 
 class ModuleInterface;
 
-/** Knows the modules of the process. Every operation may be called from any thread. */
+/** Knows the modules of the process; not copied. Every operation may be called from any thread. */
 class EAF_PUBLIC CModuleManager
 {
 public:

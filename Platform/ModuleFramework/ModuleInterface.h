@@ -8,13 +8,14 @@
 /** Order in which a module wants to be called back within a phase; handed through by the platform. */
 enum ECallbackPriority
 {
-    eCALLBACK_PRIORITY_LOW = 0,
-    eCALLBACK_PRIORITY_NORMAL = 1,
-    eCALLBACK_PRIORITY_HIGH = 2
+    eCALLBACK_PRIORITY_LOW = 0,    /**< lowest */
+    eCALLBACK_PRIORITY_NORMAL = 1, /**< usual */
+    eCALLBACK_PRIORITY_HIGH = 2    /**< highest */
 };
 
 /**
- * A module. The platform calls the phase operations of the phases in the module's filter, all in one thread.
+ * A module, neither copied nor moved. The platform calls the phase operations of the phases in the module's filter, all
+ * in one thread. The Linux unit drives four of them, by number: 5, 11 and 20 in this order at start, 16 at stop.
  *
  * Each phase operation returns EAF_OK or a failure; the base class does nothing and returns EAF_OK.
  */
@@ -36,24 +37,58 @@ public:
     ModuleInterface(const ModuleInterface&) = delete;
     ModuleInterface& operator=(const ModuleInterface&) = delete;
 
+    /**
+     * A phase begins. Not called by the Linux unit.
+     * @param nPhase number of the phase
+     * @param ePriority order of the call
+     * @return EAF_OK or a failure
+     */
     virtual long onPhaseActivation(unsigned long nPhase, ECallbackPriority ePriority);
+
+    /** Phase 5: all modules are published; find those needed. @return EAF_OK or a failure */
     virtual long onModuleInit();
+
     // The platform's spelling of the phase, which every module overrides.
+    /** Phase 11: the variables of the module storage can be read. @return EAF_OK or a failure */
     virtual long onPhaseModuleStorageObjectsRetreived();
+
+    /** Phase 20: the frame format's variables can be read. @return EAF_OK or a failure */
     virtual long onPhasePostFrameformatLoad();
+
+    /** The frame format is complete. Not called by the Linux unit. @return EAF_OK or a failure */
     virtual long onPhaseEndFrameformatLoad();
+
+    /** The unit starts. Not called by the Linux unit. @return EAF_OK or a failure */
     virtual long onPhaseStart();
+
+    /** Phase 16: the unit stops; no regulation follows. @return EAF_OK or a failure */
     virtual long onPhaseStop();
+
+    /** The frame format is loaded. Not called by the Linux unit. @return EAF_OK or a failure */
     virtual long onPhaseFrameformatLoad();
+
+    /** The frame format is about to be loaded. Not called by the Linux unit. @return EAF_OK or a failure */
     virtual long onPhasePreFrameformatLoad();
+
+    /** The near end's radio channel is set. Not called by the Linux unit. @return EAF_OK or a failure */
     virtual long onPhaseSetRadioChannelNearEndFinished();
 
+    /** @return the platform's number of this kind of module */
     unsigned int getModuleNumber() const { return m_nModuleNumber; }
+
+    /** @return the module's name; not owned by the caller, valid while the module lives */
     const char* getModuleName() const { return m_pName; }
+
+    /** @return the radio channel that the module serves */
     unsigned int getModuleChannel() const { return m_nModuleChannel; }
+
+    /** @return the platform's instance number */
     unsigned int getModuleInstance() const { return m_nInstance; }
 
-    /** @return whether the module takes part in the phase of this number */
+    /**
+     * @param nPhase number of a phase
+     * @return whether the module takes part in it
+     */
     bool isInPhaseFilter(unsigned long nPhase) const;
 
 private:

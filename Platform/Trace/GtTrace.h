@@ -12,8 +12,8 @@ extern "C" {
 /** A trace object: callers compare nLevel with the level of what they want to say before they say it. */
 typedef struct GT_TraceObject
 {
-    int nLevel;
-    const char* pName;
+    int nLevel;        /**< callers begin no record above it; may change at any time, in one piece */
+    const char* pName; /**< name that the trace shows; lives as long as the process */
 } GT_TraceObject;
 
 /** Trace object of the output power controller's entry points. */

@@ -7,7 +7,7 @@
 
 #include <ostream>
 
-/** One trace group of a class. May be used from any thread. */
+/** One trace group of a class; not copied. May be used from any thread. */
 class EAF_PUBLIC KmtTrace
 {
 public:
