@@ -1,9 +1,10 @@
 #!/usr/bin/env python3
-"""Finds what Doxygen's own warnings pass over: enumerators, and parameters of members that are pointers to functions.
+"""Finds what Doxygen's own warnings pass over: enumerators, parameters of members that are pointers to functions, and
+headers that are installed and not in the reference, or the other way round.
 
-usage: check_reference.py XML_FOLDER
+usage: check_reference.py XML_FOLDER INSTALLED_FILES
 
-Reads the XML that script/docs has Doxygen write. Prints what has no description, and fails if there is any.
+Reads the XML that script/docs has Doxygen write. Prints what is missing, and fails if anything is.
 """
 
 import pathlib
@@ -42,8 +43,20 @@ def findings(compound):
                     if not described(value))
 
 
+def header_differences(compounds, installed_files):
+    """Yields each header that only one of the reference and the installation has."""
+    text = pathlib.Path(installed_files).read_text(encoding="utf-8")
+    installed = set(re.findall(r" include/OutputPowerController/(\S+\.h)$", text, flags=re.MULTILINE))
+    described = {compound.find("location").get("file") for compound in compounds if compound.get("kind") == "file"
+                 and compound.findtext("compoundname").endswith(".h")}
+    yield from (f"{header}: installed, and not in the reference; see EXCLUDE in docs/Doxyfile"
+                for header in sorted(installed - described))
+    yield from (f"{header}: in the reference, and not installed; add it to EXCLUDE in docs/Doxyfile"
+                for header in sorted(described - installed))
+
+
 def main():
-    if len(sys.argv) != 2 or sys.argv[1] in ("-h", "--help"):
+    if len(sys.argv) != 3 or sys.argv[1] in ("-h", "--help"):
         print(__doc__.strip())
         return 0 if len(sys.argv) == 2 else 2
     files = [path for path in sorted(pathlib.Path(sys.argv[1]).glob("*.xml")) if path.name != "index.xml"]
@@ -51,9 +64,11 @@ def main():
         print(f"{sys.argv[1]}: there is no XML of Doxygen; run script/docs", file=sys.stderr)
         return 2
     compounds = [compound for path in files for compound in ElementTree.parse(path).iter("compounddef")]
-    found = [text for compound in compounds for text in findings(compound)]
+    found = [f"{text}: no description; add one to its declaration"
+             for compound in compounds for text in findings(compound)]
+    found += header_differences(compounds, sys.argv[2])
     for text in found:
-        print(f"{text}: no description; add one to its declaration", file=sys.stderr)
+        print(text, file=sys.stderr)
     return 1 if found else 0
 
 
