@@ -13,7 +13,7 @@ import tempfile
 SOURCE_SUFFIXES = {".h", ".hpp", ".inl", ".c", ".cc", ".cpp"}
 # Only these may look into the private part of what they exercise, or include the unit from outside it.
 TEST_FOLDERS = ("tests", "benchmarks")
-CODE_FOLDERS = ("Control", "Platform", "Simulation", "Unit") + TEST_FOLDERS
+CODE_FOLDERS = ("Control", "Platform", "Simulation", "Unit", "examples") + TEST_FOLDERS
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*(["<])([^">]+)[">]')
 
@@ -56,6 +56,8 @@ RULES = (
     ("Unit/Recorder/", UNIT_BELOW + (r"Unit/(Process|Recorder)/.*",), (ANY,)),
     ("Unit/TestServer/", UNIT_BELOW + (r"Unit/(Clock|Process|Http|XmlRpc|TestServer)/.*",), (ANY,)),
     ("Unit/", UNIT_BELOW + (r"Unit/.*",), (ANY,)),
+    # What others copy from knows what others have.
+    ("examples/", (OWN_MODULE_PUBLIC, CONTROL_INTERFACES, MODULE_PLATFORM), (STANDARD, r"dlfcn\.h")),
 )
 
 
@@ -138,6 +140,9 @@ PLANTED_VIOLATIONS = (
     ("Unit/XmlRpc/private/A.cpp", '"Unit/Process/RegulationLoop.h"'),
     ("Unit/Client/private/A.cpp", '"Unit/Process/RegulationLoop.h"'),
     ("Unit/TestServer/private/A.cpp", '"Unit/CommandLine/RunCommand.h"'),
+    ("examples/a/A.cpp", '"Platform/Broker/BrokerDirectory.h"'),
+    ("examples/a/A.cpp", '"Control/OutputPowerController/private/RegulatorStep.h"'),
+    ("examples/a/A.cpp", '"Simulation/Transmitter/Transmitter.h"'),
 )
 PLANTED_INNOCENTS = (
     (MODULE, '"Control/OutputPowerController/private/RegulatorStep.h"'),
@@ -154,6 +159,8 @@ PLANTED_INNOCENTS = (
     ("Unit/Process/private/A.cpp", "<fmt/format.h>"),
     ("Unit/TestServer/private/A.cpp", '"Unit/Process/RegulationLoop.h"'),
     ("Unit/CommandLine/private/A.cpp", '"Unit/TestServer/TestServer.h"'),
+    ("examples/a/A.c", '"Control/OutputPowerController/IOutputPowerController_c.h"'),
+    ("examples/a/A.cpp", '"Platform/Trace/KmtTrace.h"'),
     ("tests/unit/A.cpp", '"Unit/Process/private/TomlTable.h"'),
     ("tests/unit/A.cpp", '"Control/OutputPowerController/private/OutputPowerController.h"'),
 )
