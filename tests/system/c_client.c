@@ -1,6 +1,6 @@
 /** @file
- * Runs a channel as a C program does: loads the modules, finds the controller by name, switches the transmitter on,
- * regulates, reads and switches off, all through C entry points and C function tables.
+ * That a program in C can be the unit: it loads the modules, drives the phases, finds the controller by name, switches
+ * the transmitter on, regulates, reads and switches off, with the Linux platform and the simulated handlers.
  *
  * Arguments: the libraries of TemperatureHandler, FrequencyHandler, OutputPowerHandler and OutputPowerController.
  */
