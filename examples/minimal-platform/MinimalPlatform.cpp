@@ -428,8 +428,7 @@ struct Options
     std::vector<std::string> modules;
 };
 
-/** Waits for the next deadline; those that have passed are skipped, since steps in a row would move the power at once.
- */
+/** Waits for the next deadline. Those that have passed are skipped: steps in a row would move the power at once. */
 static void waitForDeadline(timespec& deadline)
 {
     timespec now{};
@@ -561,6 +560,10 @@ static bool readOptions(int nArguments, char** ppArguments, Options& options)
 
 int main(int nArguments, char** ppArguments)
 {
+    if (nArguments == 2 && std::string(ppArguments[1]) == "--help") {
+        std::cout << USAGE;
+        return 0;
+    }
     Options options;
     if (!readOptions(nArguments, ppArguments, options)) {
         std::cerr << USAGE;

@@ -112,8 +112,13 @@ class MinimalPlatform(unittest.TestCase):
     def test_fails_without_a_controller(self):
         self.assert_fails(run("--fast", CLIENT), "Client failed to initialise")
 
+    def test_helps_on_standard_output(self):
+        result = run("--help")
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        self.assertIn("usage: minimal-platform", result.stdout)
+
     def test_explains_a_wrong_call(self):
-        for arguments in ([], ["--help"], ["--steps", "0", MODULE], ["--break", "everything", MODULE], ["--steps"]):
+        for arguments in ([], ["--steps", "0", MODULE], ["--break", "everything", MODULE], ["--steps"]):
             result = run(*arguments)
             self.assertEqual(result.returncode, 2, arguments)
             self.assertIn("usage: minimal-platform", result.stderr)
