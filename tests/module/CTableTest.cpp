@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <climits>
 #include <cstring>
 #include <string>
 #include <tuple>
@@ -132,7 +133,7 @@ TEST_F(CTableTest, SettersCallTheirOperationAndGiveZeroWhateverItReturns)
 
 TEST_F(CTableTest, RequestsHandBackTheResultOfTheirOperation)
 {
-    for (const int nResult : {0, EAF_FAILED, EAF_NULL_POINTER, -1, 7}) {
+    for (const int nResult : {0, EAF_FAILED, EAF_NULL_POINTER, -1, 7, INT_MIN, INT_MAX}) {
         m_controller.m_nResult = nResult;
         EXPECT_EQ(call(2, vpThis(), eREQUESTED_TX_POWER_ON, eTX_POWER_MODE_REPORT_THEN_LIMIT), nResult);
         EXPECT_EQ(call(3, vpThis(), 7U, eRF_DETECTOR_LOOP_MODE_OPEN), nResult);
@@ -141,6 +142,23 @@ TEST_F(CTableTest, RequestsHandBackTheResultOfTheirOperation)
     m_controller.m_calls.resize(3);
     EXPECT_EQ(m_controller.m_calls,
               (Texts{"setRequestedTxPowerState(1, 2)", "setProductionTestSettings(1, 2)", "regulate(-900)"}));
+}
+
+// Where long has 64 bits, what does not fit wraps, as callers on 32 bits cannot even say it.
+TEST_F(CTableTest, NumbersOf32BitsPassWhateverTheSizeOfLong)
+{
+    (void)call(1, vpThis(), long{INT_MIN}, long{INT_MAX});
+    (void)call(4, vpThis(), long{INT_MAX});
+    (void)call(12, vpThis(), long{INT_MIN});
+    (void)call(15, vpThis(), eOPH_DETECTOR_STATE_0, eOPC_TX_ON, long{INT_MIN});
+    (void)call(12, vpThis(), LONG_MAX);
+    (void)call(1, vpThis(), LONG_MIN, -1L);
+    const bool bWide = sizeof(long) > sizeof(int);
+    EXPECT_EQ(
+        m_controller.m_calls,
+        (Texts{"setTxPminPmax(-2147483648, 2147483647)", "setRegulatorInterval(2147483647)", "regulate(-2147483648)",
+               "setGain(0, 8, -2147483648)", bWide ? "regulate(-1)" : "regulate(2147483647)",
+               bWide ? "setTxPminPmax(0, 4294967295)" : "setTxPminPmax(-2147483648, 4294967295)"}));
 }
 
 TEST_F(CTableTest, ProductionTestIsTrueForEveryNonZeroValue)

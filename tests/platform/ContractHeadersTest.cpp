@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <climits>
+
 namespace
 {
 
@@ -21,6 +23,18 @@ private:
 
     IOutputPowerControlLogCStruct m_table{this, &restart};
 };
+
+TEST(Result, IsAFailureFrom8000HexadecimalOnComparedSigned)
+{
+    for (const long nSuccess : {0L, 1L, 0x7FFFL, -1L, -0x8000L, long{INT_MIN}, LONG_MIN}) {
+        EXPECT_FALSE(EAF_isFailure(nSuccess)) << nSuccess;
+    }
+    for (const long nFailure : {0x8000L, 0x8001L, 0x8002L, 0xFFFFL, 0x10000L, long{INT_MAX}, LONG_MAX}) {
+        EXPECT_TRUE(EAF_isFailure(nFailure)) << nFailure;
+    }
+    // A result of 32 bits with its highest bit set is negative, wherever it passes.
+    EXPECT_FALSE(EAF_isFailure(static_cast<EAFResult>(0x80008000U)));
+}
 
 TEST(ContractHeaders, LetACProgramUseTheBroker)
 {
