@@ -26,7 +26,9 @@ if(CMAKE_SIZEOF_VOID_P EQUAL 4)
   # A recording may grow beyond 2 GiB. The time keeps its 32 bits, as in the libraries of the target.
   target_compile_definitions(OpcOptions INTERFACE _FILE_OFFSET_BITS=64)
 endif()
+# Contracting a*b+c into one rounding, as compilers do for arm64, would make results differ between processors.
 target_compile_options(OpcOptions INTERFACE
+  -ffp-contract=off
   -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror
   $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>)
 target_link_options(OpcOptions INTERFACE -Wl,--as-needed)

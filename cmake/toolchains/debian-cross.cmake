@@ -37,5 +37,8 @@ foreach(kind EXE SHARED MODULE)
   set(CMAKE_${kind}_LINKER_FLAGS_INIT "${rpath_links}")
 endforeach()
 
-# Tests, and what CMake has to run, run under emulation with the sysroot's libraries.
-set(CMAKE_CROSSCOMPILING_EMULATOR ${OPC_EMULATOR} -L "${CMAKE_SYSROOT}")
+# Tests, and what CMake has to run, run under emulation with the sysroot's libraries. By its full path, since some tests
+# empty the search path.
+list(POP_FRONT OPC_EMULATOR emulator)
+find_program(OPC_EMULATOR_PROGRAM "${emulator}" REQUIRED)
+set(CMAKE_CROSSCOMPILING_EMULATOR "${OPC_EMULATOR_PROGRAM}" ${OPC_EMULATOR} -L "${CMAKE_SYSROOT}")
