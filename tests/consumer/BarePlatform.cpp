@@ -139,13 +139,13 @@ EAFResult CStorageManager_GetVariableContentAddressByName(const char*, void**, i
     return EAF_FAILED;
 }
 
-KmtTrace::KmtTrace(const char* pGroup, int /*nLevel*/) : m_pGroup(pGroup), m_pState(nullptr) {}
+KmtTrace::KmtTrace(const char* pGroup, int /*nLevel*/) : m_pGroup(pGroup), m_pState(&std::cerr) {}
 
 KmtTrace::~KmtTrace() = default;
 
 std::ostream& KmtTrace::beginLogMsg(int /*nLevel*/, const char* /*pSourcePath*/, int /*nLine*/)
 {
-    return std::cerr;
+    return *static_cast<std::ostream*>(m_pState) << m_pGroup << ' ';
 }
 
 GT_TraceObject OPC_trace = {0, "OPC"};
