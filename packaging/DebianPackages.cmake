@@ -60,7 +60,6 @@ set(same_version "(= ${PROJECT_VERSION}-${revision})")
 configure_file(debian/shlibs.in shlibs @ONLY)
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME ${library})
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
-set(CPACK_DEBIAN_LIBRARY_PACKAGE_MULTIARCH same)
 set(CPACK_COMPONENT_LIBRARY_DESCRIPTION "output power control of a radio unit's channels, module
 A module that the control process of a radio unit loads: it switches a
 channel's transmitter on and off in fixed steps and regulates its output power
@@ -73,7 +72,6 @@ set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME ${development})
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_MULTIARCH same)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${library} ${same_version}, libxmlrpc-epi-dev")
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "output power control of a radio unit's channels, headers
 What a process that loads the module is built with: the headers of the
