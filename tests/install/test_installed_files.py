@@ -1,4 +1,4 @@
-"""The installation has the files of installed_files.txt, each in its component, and nothing that points to the build."""
+"""The installation has the files of installed_files.txt, each in its component; nothing of it points to the build."""
 
 import os
 import pathlib
@@ -46,7 +46,8 @@ class InstalledFiles(InstallationTestCase):
     def test_below_destdir_stand_in_the_configured_prefix(self):
         install(DESTDIR=str(self.folder))
         prefix = os.environ["OPC_PREFIX"].strip("/")
-        files = {file if file.startswith("/") else f"/{prefix}/{file}" for file in set().union(*expected_files().values())}
+        files = {file if file.startswith("/") else f"/{prefix}/{file}"
+                 for file in set().union(*expected_files().values())}
         self.assertEqual({f"/{file}" for file in files_below(self.folder)}, files)
 
     def test_look_for_libraries_only_beside_themselves(self):
