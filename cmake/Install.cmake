@@ -1,5 +1,5 @@
-# What `cmake --install` puts where. Components: Library (the module), Development (what builds against it), Program (opc
-# with its platform, handler modules and configuration).
+# What `cmake --install` puts where. Components: Library (the module), Development (what builds against it), Program
+# (opc with its platform, handler modules and configuration).
 include(CMakePackageConfigHelpers)
 
 set_target_properties(OutputPowerControllerInterfaces PROPERTIES EXPORT_NAME Interfaces)
@@ -29,6 +29,10 @@ opc_relative_folder(OPC_PREFIX_FROM_PKGCONFIG "${OPC_PKGCONFIG_FOLDER}" ".")
 configure_file(cmake/OutputPowerController.pc.in "${PROJECT_BINARY_DIR}/OutputPowerController.pc" @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/OutputPowerController.pc"
   DESTINATION "${OPC_PKGCONFIG_FOLDER}" COMPONENT Development)
+
+# --- what to copy from ------------------------------------------------------------------------------------------------
+install(DIRECTORY examples/minimal-platform examples/c-client
+  DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/liboutputpowercontroller-dev/examples" COMPONENT Development)
 
 # --- the program ------------------------------------------------------------------------------------------------------
 install(TARGETS opc RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT Program)
