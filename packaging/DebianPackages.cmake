@@ -1,6 +1,6 @@
 # Three packages for one architecture; script/package configures, builds and checks them.
 set(OPC_PACKAGE_ARCHITECTURE "" CACHE STRING "Debian's name of the architecture that the packages are for")
-set(OPC_PACKAGE_MAINTAINER "Output Power Controller maintainers <maintainers@users.noreply.c-seed-bc7461ba.example>"
+set(OPC_PACKAGE_MAINTAINER "Output Power Controller maintainers <maintainers@output-power-controller.example>"
   CACHE STRING "Who maintains the packages")
 get_target_property(OPC_SOVERSION OutputPowerController SOVERSION)
 set(library liboutputpowercontroller${OPC_SOVERSION})
