@@ -14,57 +14,6 @@
 
 #include <stddef.h>
 
-/* A table is its object pointer and so many functions, whatever the machine's word is. */
-#define ASSERT_TABLE(table, functions)                                                                                 \
-    _Static_assert(offsetof(table, vpThis) == 0, #table " begins with vpThis");                                        \
-    _Static_assert(sizeof(table) == (1 + (functions)) * sizeof(void*), #table " has its functions and nothing else")
-#define ASSERT_ENTRY(table, member, number)                                                                            \
-    _Static_assert(offsetof(table, member) == (number) * sizeof(void*), #member " is function " #number)
-
-ASSERT_TABLE(IOutputPowerHandlerCStruct, 13);
-ASSERT_ENTRY(IOutputPowerHandlerCStruct, setOutputPower, 1);
-ASSERT_ENTRY(IOutputPowerHandlerCStruct, setTxState, 4);
-ASSERT_ENTRY(IOutputPowerHandlerCStruct, setProductionTestSettings, 5);
-ASSERT_ENTRY(IOutputPowerHandlerCStruct, getReducedGainFromAmplifier, 7);
-ASSERT_ENTRY(IOutputPowerHandlerCStruct, getTxPowerReadings, 8);
-ASSERT_ENTRY(IOutputPowerHandlerCStruct, calculateDetectorUsage, 9);
-ASSERT_ENTRY(IOutputPowerHandlerCStruct, getPmeasured, 10);
-ASSERT_ENTRY(IOutputPowerHandlerCStruct, setZembraMlmTrafTx, 11);
-ASSERT_ENTRY(IOutputPowerHandlerCStruct, getPctrlLimits, 13);
-
-ASSERT_TABLE(IOutputPowerControllerCStruct, 16);
-ASSERT_ENTRY(IOutputPowerControllerCStruct, staticSetTxPminPmax, 1);
-ASSERT_ENTRY(IOutputPowerControllerCStruct, staticSetRequestedTxPowerState, 2);
-ASSERT_ENTRY(IOutputPowerControllerCStruct, staticSetProductionTestSettings, 3);
-ASSERT_ENTRY(IOutputPowerControllerCStruct, staticSetRegulatorInterval, 4);
-ASSERT_ENTRY(IOutputPowerControllerCStruct, staticGetOPCState, 5);
-ASSERT_ENTRY(IOutputPowerControllerCStruct, staticGetTxPowerActualStatus, 6);
-ASSERT_ENTRY(IOutputPowerControllerCStruct, staticGetPctrl, 7);
-ASSERT_ENTRY(IOutputPowerControllerCStruct, staticRegisterPctrlObserver, 8);
-ASSERT_ENTRY(IOutputPowerControllerCStruct, staticRegisterPtargetObserver, 9);
-ASSERT_ENTRY(IOutputPowerControllerCStruct, staticRegisterPredictedPctrlObserver, 10);
-ASSERT_ENTRY(IOutputPowerControllerCStruct, staticRegisterPowerModeObserver, 11);
-ASSERT_ENTRY(IOutputPowerControllerCStruct, staticRegulate, 12);
-ASSERT_ENTRY(IOutputPowerControllerCStruct, staticGetLogData, 13);
-ASSERT_ENTRY(IOutputPowerControllerCStruct, staticGetPmeasured, 14);
-ASSERT_ENTRY(IOutputPowerControllerCStruct, staticSetGain, 15);
-ASSERT_ENTRY(IOutputPowerControllerCStruct, staticGetGain, 16);
-
-ASSERT_TABLE(IOutputPowerControlLogCStruct, 1);
-ASSERT_TABLE(IOpcPctrlObserver, 1);
-ASSERT_TABLE(IOpcPtargetObserver, 1);
-ASSERT_TABLE(IOpcPredictedPctrlObserver, 1);
-ASSERT_TABLE(IOpcPowerModeObserver, 1);
-ASSERT_TABLE(TIMethodCStruct, 1);
-ASSERT_TABLE(ManageLogsCStruct, 1);
-
-_Static_assert(offsetof(GT_TraceObject, nLevel) == 0, "a trace object begins with its level");
-_Static_assert(sizeof(EAFResult) == 4 && sizeof(EOPHResult) == 4, "results have 32 bits");
-_Static_assert(sizeof(EOPCState) == 4 && sizeof(EOPHDetectorState) == 4, "enumerations have 32 bits");
-_Static_assert(sizeof(ETxPowerMode) == 4 && sizeof(ERfDetectorLoopMode) == 4, "enumerations have 32 bits");
-_Static_assert(eTI_E_REQUIRED_INPUT_MISSING == 2 && eTI_E_FAILED == 4, "fault codes");
-_Static_assert(EAF_OK == 0 && EAF_FAILED == 0x8000 && EAF_NULL_POINTER == 0x8002, "result codes");
-
 static long restart(void* vpThis)
 {
     ++*(int*)vpThis;
