@@ -108,6 +108,12 @@ INNOCENT_CHANGES = (
 )
 
 
+def without_comments(text):
+    """Returns a header without comments and empty lines, so that the changes find what they change."""
+    code = re.sub(r"/\*.*?\*/|//[^\n]*", "", text, flags=re.DOTALL)
+    return "\n".join(line.rstrip() for line in code.splitlines() if line.strip()) + "\n"
+
+
 class ProbeBuild:
     """Compiles the probe as the build did, but with headers of its own."""
 
@@ -115,7 +121,8 @@ class ProbeBuild:
         self.folder = folder
         for name in (*binary_interface.public_headers(ROOT), PROBE_SOURCE):
             (folder / name).parent.mkdir(parents=True, exist_ok=True)
-            shutil.copyfile(ROOT / name, folder / name)
+            text = (ROOT / name).read_text(encoding="utf-8")
+            (folder / name).write_text(without_comments(text), encoding="utf-8")
         built = os.path.relpath(os.environ["OPC_PROBE_OBJECT"], os.environ["OPC_BUILD"])
         ninja = (os.environ["OPC_NINJA"], "-C", os.environ["OPC_BUILD"], "-t", "commands", "-s", built)
         words = shlex.split(subprocess.run(ninja, check=True, capture_output=True, text=True).stdout)
