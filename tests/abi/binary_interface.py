@@ -33,6 +33,9 @@ TYPE = re.compile(
 RUNTIME = re.compile(r"(GLIBC|GLIBCXX|CXXABI|CXXABI_ARM|GCC)_([\d.]+)")
 
 
+REPORTED_ELSEWHERE = re.compile(r"as (being reported|reported earlier)$")
+
+
 class InterfaceError(Exception):
     """The comparison cannot be made; the text says why and what to do."""
 
@@ -75,14 +78,31 @@ def missing_types(root, text):
     return sorted(set(public_types(root)) - described_types(text))
 
 
+def condensed(report):
+    """Returns a report without what only points at changes that it tells elsewhere, and headings left without a text."""
+    kept = []
+    for line in reversed(report.splitlines()):
+        indent = len(line) - len(line.lstrip())
+        is_heading = line.rstrip().endswith(":") or line.rstrip().endswith("changes")
+        is_childless = not kept or not kept[0].strip() or len(kept[0]) - len(kept[0].lstrip()) <= indent
+        is_gap = not line.strip() and (not kept or not kept[0].strip())
+        if is_gap or REPORTED_ELSEWHERE.search(line) or (indent and is_heading and is_childless):
+            continue
+        kept.insert(0, line)
+    return "\n".join(kept).strip()
+
+
 def layout_changes(old, new, abidiff="abidiff"):
     """Compares two description files. Returns (report, certainly incompatible)."""
-    command = (abidiff, "--no-show-locs", "--harmless", "--redundant", str(old), str(new))
+    # Not --leaf-changes-only, which is shorter: it passes over virtual operations in another order or of another type.
+    command = (abidiff, "--no-show-locs", "--harmless", str(old), str(new))
     result = subprocess.run(command, capture_output=True, text=True, check=False)
     # The exit code consists of bits: 1 and 2 errors, 4 a change, 8 one that breaks for certain.
     if result.returncode & 3:
         raise InterfaceError(f"{abidiff} cannot compare {old} with {new}: {result.stderr.strip()}")
-    return (result.stdout.strip() if result.returncode else "", bool(result.returncode & 8))
+    if result.returncode == 0:
+        return "", False
+    return condensed(result.stdout) or result.stdout, bool(result.returncode & 8)
 
 
 def version_key(version):

@@ -28,14 +28,13 @@ def first_difference(one, other):
     return min(len(one), len(other))
 
 
-def section_at(path, offset):
-    """Returns the name of the section that an offset of a library or program lies in."""
+def sections(path, data):
+    """Returns the contents of a library's or program's sections by name; nothing for other files."""
     try:
-        sections = [one for one in elf_file.ElfFile(path).sections() if one.kind != "NOBITS"]
+        found = elf_file.ElfFile(path).sections() if data[:4] == b"\x7fELF" else []
     except elf_file.ElfError:
-        return ""
-    names = [one.name for one in sections if one.offset <= offset < one.offset + one.size]
-    return f" in section {names[0]}" if names else " outside of the sections"
+        return {}
+    return {one.name: data[one.offset : one.offset + one.size] for one in found if one.kind != "NOBITS"}
 
 
 def excerpt(data, offset):
@@ -53,11 +52,16 @@ def difference(name, one, other):
     data = [path.read_bytes() for path in (one, other)]
     if data[0] == data[1]:
         return None
-    offset = first_difference(*data)
-    where = section_at(one, offset) if data[0][:4] == b"\x7fELF" else ""
+    # In a library the headers differ as soon as anything does, and the build's number always; the sections tell more.
+    parts = sections(one, data[0]), sections(other, data[1])
+    names = [part for part in parts[0] if parts[0][part] != parts[1].get(part, b"")]
+    names.sort(key=lambda part: part == ".note.gnu.build-id")
+    contents_of = [part[names[0]] for part in parts] if names and names[0] in parts[1] else data
+    where = f" of section {names[0]}; sections that differ: {', '.join(names)}" if contents_of is not data else ""
+    offset = first_difference(*contents_of)
     return (
         f"{name}: {len(data[0])} and {len(data[1])} bytes, differ from byte {offset}{where}\n"
-        f"  {excerpt(data[0], offset)}\n  {excerpt(data[1], offset)}"
+        f"  {excerpt(contents_of[0], offset)}\n  {excerpt(contents_of[1], offset)}"
     )
 
 

@@ -44,7 +44,7 @@ class CompareTreesTest(unittest.TestCase):
         (self.other / "lib" / "module.so").write_bytes(
             data[: section.offset] + bytes([data[section.offset] ^ 1]) + data[section.offset + 1 :]
         )
-        self.assertIn(f"differ from byte {section.offset} in section .rodata\n", self.found()[0])
+        self.assertIn("differ from byte 0 of section .rodata; sections that differ: .rodata\n", self.found()[0])
 
     def test_a_file_more_on_either_side(self):
         (self.one / "more").touch()
