@@ -20,15 +20,12 @@ set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib")
 
 # What is built does not depend on where: paths below the sources begin with "." in debug information and texts, and
-# libraries are looked for beside the program. Without optimisation debuggers come first.
+# libraries are looked for beside the program. Of several maps that fit, the last one counts. Build folders are all alike,
+# so that the compiler cache serves one with what it has from another. Without optimisation debuggers come first.
 set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
-set(OPC_FOLDER_MAPS "-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.")
-cmake_path(IS_PREFIX PROJECT_SOURCE_DIR "${CMAKE_BINARY_DIR}" NORMALIZE OPC_BUILD_IS_INSIDE)
-if(NOT OPC_BUILD_IS_INSIDE)
-  list(APPEND OPC_FOLDER_MAPS "-ffile-prefix-map=${CMAKE_BINARY_DIR}=./build")
-endif()
+set(OPC_FOLDER_MAPS "-ffile-prefix-map=${PROJECT_SOURCE_DIR}=." "-ffile-prefix-map=${CMAKE_BINARY_DIR}=./build")
 if(CMAKE_SYSROOT)
-  list(APPEND OPC_FOLDER_MAPS "-ffile-prefix-map=${CMAKE_SYSROOT}=") # of several that fit, the last one counts
+  list(APPEND OPC_FOLDER_MAPS "-ffile-prefix-map=${CMAKE_SYSROOT}=")
 endif()
 add_compile_options("$<$<CONFIG:RelWithDebInfo,Release,MinSizeRel>:${OPC_FOLDER_MAPS}>")
 
