@@ -18,6 +18,7 @@
 namespace
 {
 constexpr std::size_t BLOCK = 65536;
+constexpr int NOT_STARTED = 127; // exit status where posix_spawnp learns too late that there is no such program
 
 struct FileClose
 {
@@ -28,6 +29,11 @@ using File = std::unique_ptr<std::FILE, FileClose>;
 [[noreturn]] void fail(const std::string& sReason)
 {
     throw std::runtime_error("cannot plot: " + sReason);
+}
+
+[[noreturn]] void failWithoutGnuplot()
+{
+    fail("the program gnuplot is not installed; install the package gnuplot-nox, or use --csv");
 }
 
 /** @return a file without a name, so that the program never waits for somebody to read its output */
@@ -68,7 +74,7 @@ pid_t start(int inputFd, std::FILE* pOutput, std::FILE* pErrors)
     const int nError = posix_spawnp(&process, "gnuplot", &actions, nullptr, arguments.data(), environ);
     posix_spawn_file_actions_destroy(&actions);
     if (nError == ENOENT) {
-        fail("the program gnuplot is not installed; install the package gnuplot-nox, or use --csv");
+        failWithoutGnuplot();
     }
     if (nError != 0) {
         fail(std::string("the program gnuplot cannot be started: ") + std::strerror(nError));
@@ -140,6 +146,9 @@ std::string runGnuplot(const std::string& sScript)
     input.closeEnd(1);
     const int nStatus = waitFor(process);
     std::string sPicture = contentsOf(pOutput.get());
+    if (WIFEXITED(nStatus) && WEXITSTATUS(nStatus) == NOT_STARTED) {
+        failWithoutGnuplot();
+    }
     if (!WIFEXITED(nStatus) || WEXITSTATUS(nStatus) != 0 || sPicture.empty()) {
         const std::string sWords = oneLine(contentsOf(pErrors.get()));
         fail("gnuplot failed: " + (sWords.empty() ? fmt::format("its wait status is {}", nStatus) : sWords));
