@@ -137,7 +137,7 @@ class CurlClient(StructClient):
 
 
 class XmlrpcCommandClient:
-    """The xmlrpc program of libxmlrpc-core-c3-dev, which cannot send structs: it uses the methods with plain parameters."""
+    """The xmlrpc program of libxmlrpc-core-c3-dev. It cannot send structs, hence the methods with plain parameters."""
 
     def __init__(self, url):
         self._url = url + "/RPC2"
