@@ -443,6 +443,35 @@ static void waitForDeadline(timespec& deadline)
     clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &deadline, nullptr);
 }
 
+/** What the controller tells of its last step. */
+struct Reading
+{
+    EOPCState eState = eOPC_TX_OFF;
+    long nTarget = 0;
+    long nPctrl = 0;
+    long nMeasured = 0;
+};
+
+static Reading read(const IOutputPowerControllerCStruct& opc)
+{
+    Reading reading;
+    long nError = 0;
+    long nLowerLimit = 0;
+    long nUpperLimit = 0;
+    EOPHDetectorState eDetectorState = eOPH_DETECTOR_STATE_UNKNOWN;
+    opc.staticGetLogData(opc.vpThis, &reading.nTarget, &reading.nPctrl, &nError, &reading.nMeasured, &nLowerLimit,
+                         &nUpperLimit, &reading.eState, &eDetectorState);
+    return reading;
+}
+
+static void print(int nStep, const Reading& reading, int nOnAir)
+{
+    const auto dbm = [](long nCentiDbm) { return static_cast<double>(nCentiDbm) / 100.0; };
+    std::printf("%8.3f  %-11s %7.2f  %7.2f  %8.2f  %10.2f\n", static_cast<double>(nStep * INTERVAL_MS) / 1000.0,
+                STATE_NAMES[reading.eState], dbm(reading.nTarget), dbm(reading.nPctrl), dbm(reading.nMeasured),
+                dbm(nOnAir));
+}
+
 /** Switches on, regulates and switches off. @return what went wrong; nothing when all went well */
 static std::string regulate(const IOutputPowerControllerCStruct& opc, const ToyTransmitter& toy, const Options& options)
 {
@@ -451,7 +480,7 @@ static std::string regulate(const IOutputPowerControllerCStruct& opc, const ToyT
     opc.staticSetRegulatorInterval(opc.vpThis, INTERVAL_MS);
     opc.staticSetTxPminPmax(opc.vpThis, -1000, 3000);
     opc.staticSetRequestedTxPowerState(opc.vpThis, eREQUESTED_TX_POWER_ON, eTX_POWER_MODE_FREE);
-    EOPCState eState = eOPC_TX_OFF;
+    Reading reading;
     int nFailedSteps = 0;
     int nSettledSteps = 0;
     std::puts("  time s  state        target  control  measured  on air dBm");
@@ -466,20 +495,15 @@ static std::string regulate(const IOutputPowerControllerCStruct& opc, const ToyT
             opc.staticSetRequestedTxPowerState(opc.vpThis, eREQUESTED_TX_POWER_OFF, eTX_POWER_MODE_FREE);
         }
         nFailedSteps += EAF_isFailure(opc.staticRegulate(opc.vpThis, REQUESTED_POWER)) ? 1 : 0;
-        const EOPCState eBefore = eState;
-        long anRead[6] = {}; // target, control power, error, measured power, lower and upper limit
-        EOPHDetectorState eDetectorState = eOPH_DETECTOR_STATE_UNKNOWN;
-        opc.staticGetLogData(opc.vpThis, &anRead[0], &anRead[1], &anRead[2], &anRead[3], &anRead[4], &anRead[5],
-                             &eState, &eDetectorState);
+        const EOPCState eBefore = reading.eState;
+        reading = read(opc);
         if (nStep < options.nSteps) {
-            const bool bWithin = eState == eOPC_TX_ON && std::labs(anRead[0] - toy.outputPower()) <= TOLERANCE;
+            const bool bOn = reading.eState == eOPC_TX_ON;
+            const bool bWithin = bOn && std::labs(reading.nTarget - toy.outputPower()) <= TOLERANCE;
             nSettledSteps = bWithin ? nSettledSteps + 1 : 0;
         }
-        if (eState != eBefore || nStep % 100 == 0) {
-            std::printf("%8.3f  %-11s %7.2f  %7.2f  %8.2f  %10.2f\n", static_cast<double>(nStep * INTERVAL_MS) / 1000.0,
-                        STATE_NAMES[eState], static_cast<double>(anRead[0]) / 100.0,
-                        static_cast<double>(anRead[1]) / 100.0, static_cast<double>(anRead[3]) / 100.0,
-                        toy.outputPower() / 100.0);
+        if (reading.eState != eBefore || nStep % 100 == 0) {
+            print(nStep, reading, toy.outputPower());
         }
     }
     if (nFailedSteps != 0) {
@@ -488,7 +512,7 @@ static std::string regulate(const IOutputPowerControllerCStruct& opc, const ToyT
     if (nSettledSteps < SETTLED_STEPS) {
         return "the power did not settle within 0.3 dB of its target";
     }
-    return eState == eOPC_TX_OFF && toy.outputPower() == OPC_POWER_OFF ? "" : "the transmitter did not go off";
+    return reading.eState == eOPC_TX_OFF && toy.outputPower() == OPC_POWER_OFF ? "" : "the transmitter did not go off";
 }
 
 static void run(const Options& options)
