@@ -1,5 +1,5 @@
-# What `cmake --install` puts where. Components: Library (the module), Development (what builds against it), Program
-# (opc with its platform, handler modules and configuration).
+# What `cmake --install` puts where, of the module. Components: Library (the module), Development (what builds against
+# it). InstallProgram.cmake has the third, Program.
 include(CMakePackageConfigHelpers)
 
 set_target_properties(OutputPowerControllerInterfaces PROPERTIES EXPORT_NAME Interfaces)
@@ -33,20 +33,3 @@ install(FILES "${PROJECT_BINARY_DIR}/OutputPowerController.pc"
 # --- what to copy from ------------------------------------------------------------------------------------------------
 install(DIRECTORY examples/minimal-platform examples/c-client
   DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/liboutputpowercontroller-dev/examples" COMPONENT Development)
-
-# --- the program ------------------------------------------------------------------------------------------------------
-install(TARGETS opc RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT Program)
-install(TARGETS UnitPlatform OutputPowerHandler FrequencyHandler TemperatureHandler
-  LIBRARY DESTINATION "${OPC_MODULE_FOLDER}" COMPONENT Program)
-# By this link a unit file finds the module among the others, by the name that it has in a build.
-file(MAKE_DIRECTORY "${PROJECT_BINARY_DIR}/module-link")
-file(CREATE_LINK "../${OPC_MODULE_LINK_NAME}"
-  "${PROJECT_BINARY_DIR}/module-link/libOutputPowerController.so" SYMBOLIC)
-install(FILES "${PROJECT_BINARY_DIR}/module-link/libOutputPowerController.so"
-  DESTINATION "${OPC_MODULE_FOLDER}" COMPONENT Program)
-install(FILES examples/unit.toml examples/storage.toml
-  DESTINATION "${OPC_CONFIGURATION_FOLDER}" COMPONENT Program)
-install(DIRECTORY examples/calibration examples/profiles
-  DESTINATION "${OPC_CONFIGURATION_FOLDER}" COMPONENT Program FILES_MATCHING PATTERN "*.csv")
-install(FILES "${PROJECT_BINARY_DIR}/share/bash-completion/completions/opc"
-  DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" COMPONENT Program)

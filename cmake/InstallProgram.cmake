@@ -1,0 +1,16 @@
+# What `cmake --install` puts where, of component Program: opc with its platform, handler modules and configuration.
+install(TARGETS opc RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT Program)
+install(TARGETS UnitPlatform OutputPowerHandler FrequencyHandler TemperatureHandler
+  LIBRARY DESTINATION "${OPC_MODULE_FOLDER}" COMPONENT Program)
+# By this link a unit file finds the module among the others, by the name that it has in a build.
+file(MAKE_DIRECTORY "${PROJECT_BINARY_DIR}/module-link")
+file(CREATE_LINK "../${OPC_MODULE_LINK_NAME}"
+  "${PROJECT_BINARY_DIR}/module-link/libOutputPowerController.so" SYMBOLIC)
+install(FILES "${PROJECT_BINARY_DIR}/module-link/libOutputPowerController.so"
+  DESTINATION "${OPC_MODULE_FOLDER}" COMPONENT Program)
+install(FILES examples/unit.toml examples/storage.toml
+  DESTINATION "${OPC_CONFIGURATION_FOLDER}" COMPONENT Program)
+install(DIRECTORY examples/calibration examples/profiles
+  DESTINATION "${OPC_CONFIGURATION_FOLDER}" COMPONENT Program FILES_MATCHING PATTERN "*.csv")
+install(FILES "${PROJECT_BINARY_DIR}/share/bash-completion/completions/opc"
+  DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" COMPONENT Program)
