@@ -3,7 +3,7 @@
  */
 #pragma once
 
-#include "Unit/Process/UnitConfiguration.h"
+#include "Unit/Configuration/UnitConfiguration.h"
 
 #include <vector>
 

@@ -5,9 +5,9 @@
 
 #include "Control/OutputPowerController/IOutputPowerController_c.h"
 #include "Simulation/Scenario/Profile.h"
+#include "Unit/Configuration/UnitConfiguration.h"
 #include "Unit/Process/InputValue.h"
 #include "Unit/Process/StepSample.h"
-#include "Unit/Process/UnitConfiguration.h"
 
 #include <array>
 #include <cstdint>

@@ -3,9 +3,9 @@
  */
 #pragma once
 
+#include "Unit/Configuration/UnitConfiguration.h"
 #include "Unit/Process/LoadedModule.h"
 #include "Unit/Process/RadioChannel.h"
-#include "Unit/Process/UnitConfiguration.h"
 
 #include <memory>
 #include <string>

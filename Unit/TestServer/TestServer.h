@@ -3,9 +3,9 @@
  */
 #pragma once
 
+#include "Unit/Configuration/UnitConfiguration.h"
 #include "Unit/Http/AccessPolicy.h"
 #include "Unit/Http/HttpServer.h"
-#include "Unit/Process/UnitConfiguration.h"
 #include "Unit/TestServer/XmlRpcService.h"
 
 #include <atomic>

@@ -51,10 +51,21 @@ RULES = (
     ("Unit/Clock/", (r"Unit/Clock/.*",), (ANY,)),
     ("Unit/Http/", (r"Platform/.*", r"Unit/Http/.*"), (ANY,)),
     ("Unit/XmlRpc/", (r"Platform/.*", r"Unit/XmlRpc/.*"), (ANY,)),
-    ("Unit/Client/", (r"Platform/.*", r"Simulation/Handlers/HandlerFault\.h", r"Unit/(Client|XmlRpc)/.*"), (ANY,)),
-    ("Unit/Process/", UNIT_BELOW + (r"Unit/(Clock|Process)/.*",), (ANY,)),
-    ("Unit/Recorder/", UNIT_BELOW + (r"Unit/(Process|Recorder)/.*",), (ANY,)),
-    ("Unit/TestServer/", UNIT_BELOW + (r"Unit/(Clock|Process|Http|XmlRpc|TestServer)/.*",), (ANY,)),
+    ("Unit/Text/", (CONTROL_HEADERS, r"Platform/.*", r"Unit/Text/.*"), (ANY,)),
+    ("Unit/Plot/", (r"Platform/.*", r"Unit/(Text|Plot)/.*"), (ANY,)),
+    ("Unit/Configuration/", UNIT_BELOW + (r"Unit/Configuration/.*",), (ANY,)),
+    (
+        "Unit/Client/",
+        (r"Platform/.*", r"Simulation/Handlers/HandlerFault\.h", r"Unit/(Client|Plot|Text|XmlRpc)/.*"),
+        (ANY,),
+    ),
+    ("Unit/Process/", UNIT_BELOW + (r"Unit/(Clock|Configuration|Process|Text)/.*",), (ANY,)),
+    ("Unit/Recorder/", UNIT_BELOW + (r"Unit/(Configuration|Process|Recorder|Text)/.*",), (ANY,)),
+    (
+        "Unit/TestServer/",
+        UNIT_BELOW + (r"Unit/(Clock|Configuration|Process|Http|Text|XmlRpc|TestServer)/.*",),
+        (ANY,),
+    ),
     ("Unit/", UNIT_BELOW + (r"Unit/.*",), (ANY,)),
     # What others copy from knows what others have.
     ("examples/", (OWN_MODULE_PUBLIC, CONTROL_INTERFACES, MODULE_PLATFORM), (STANDARD, r"dlfcn\.h")),
@@ -161,7 +172,7 @@ PLANTED_INNOCENTS = (
     ("Unit/CommandLine/private/A.cpp", '"Unit/TestServer/TestServer.h"'),
     ("examples/a/A.c", '"Control/OutputPowerController/IOutputPowerController_c.h"'),
     ("examples/a/A.cpp", '"Platform/Trace/KmtTrace.h"'),
-    ("tests/unit/A.cpp", '"Unit/Process/private/TomlTable.h"'),
+    ("tests/unit/A.cpp", '"Unit/Configuration/TomlTable.h"'),
     ("tests/unit/A.cpp", '"Control/OutputPowerController/private/OutputPowerController.h"'),
 )
 

@@ -2,7 +2,7 @@
  * Prints every value that a unit file leads to, one a line: those that it gives and those that hold otherwise.
  */
 #include "Platform/ConfigurationError.h"
-#include "Unit/Process/UnitConfiguration.h"
+#include "Unit/Configuration/UnitConfiguration.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>

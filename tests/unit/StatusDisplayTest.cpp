@@ -1,6 +1,6 @@
 #include "Unit/CommandLine/StatusDisplay.h"
 
-#include "Unit/Process/PowerText.h"
+#include "Unit/Text/PowerText.h"
 #include "tests/unit/SampleMaker.h"
 
 #include <gmock/gmock.h>

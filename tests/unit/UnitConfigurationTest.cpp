@@ -1,4 +1,4 @@
-#include "Unit/Process/UnitConfiguration.h"
+#include "Unit/Configuration/UnitConfiguration.h"
 
 #include "Platform/ConfigurationError.h"
 #include "Unit/Process/ModuleLibrary.h"

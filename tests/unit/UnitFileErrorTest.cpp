@@ -1,5 +1,5 @@
 #include "Platform/ConfigurationError.h"
-#include "Unit/Process/UnitConfiguration.h"
+#include "Unit/Configuration/UnitConfiguration.h"
 #include "tests/unit/TemporaryFolder.h"
 
 #include <gtest/gtest.h>

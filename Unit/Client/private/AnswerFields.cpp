@@ -1,6 +1,6 @@
 #include "Unit/Client/private/AnswerFields.h"
 
-#include "Unit/Client/private/OneLine.h"
+#include "Unit/Text/OneLine.h"
 
 #include <fmt/format.h>
 

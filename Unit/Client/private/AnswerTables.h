@@ -3,7 +3,7 @@
  */
 #pragma once
 
-#include "Unit/Client/private/Table.h"
+#include "Unit/Text/Table.h"
 
 #include <nlohmann/json.hpp>
 

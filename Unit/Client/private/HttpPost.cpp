@@ -1,7 +1,7 @@
 #include "Unit/Client/private/HttpPost.h"
 
 #include "Unit/Client/UnitClient.h"
-#include "Unit/Client/private/OneLine.h"
+#include "Unit/Text/OneLine.h"
 
 #include <curl/curl.h>
 #include <fmt/format.h>

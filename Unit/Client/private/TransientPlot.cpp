@@ -1,7 +1,7 @@
 #include "Unit/Client/private/TransientPlot.h"
 
 #include "Unit/Client/private/AnswerFields.h"
-#include "Unit/Client/private/GnuplotProcess.h"
+#include "Unit/Plot/Gnuplot.h"
 
 #include <fmt/format.h>
 

@@ -1,7 +1,7 @@
 #include "Unit/Client/private/UnitAddress.h"
 
 #include "Platform/ConfigurationError.h"
-#include "Unit/Client/private/OneLine.h"
+#include "Unit/Text/OneLine.h"
 
 #include <curl/curl.h>
 #include <fmt/format.h>

@@ -2,8 +2,8 @@
 
 #include "Unit/Client/private/HttpPost.h"
 #include "Unit/Client/private/JsonXmlRpc.h"
-#include "Unit/Client/private/OneLine.h"
 #include "Unit/Client/private/UnitAddress.h"
+#include "Unit/Text/OneLine.h"
 #include "Unit/XmlRpc/XmlRpcFault.h"
 #include "Unit/XmlRpc/XmlRpcText.h"
 

@@ -7,12 +7,12 @@
 #include "Unit/CommandLine/private/RunServer.h"
 #include "Unit/CommandLine/private/SampleReader.h"
 #include "Unit/CommandLine/private/SignalWatcher.h"
-#include "Unit/Process/PowerText.h"
 #include "Unit/Process/RealtimePriority.h"
 #include "Unit/Process/RegulationLoop.h"
 #include "Unit/Process/StopSignals.h"
 #include "Unit/Process/UnitProcess.h"
 #include "Unit/Recorder/CsvWriter.h"
+#include "Unit/Text/PowerText.h"
 
 #include <fmt/format.h>
 #include <unistd.h>

@@ -1,6 +1,6 @@
 #include "Unit/CommandLine/RunSummary.h"
 
-#include "Unit/Process/PowerText.h"
+#include "Unit/Text/PowerText.h"
 
 #include <fmt/format.h>
 

@@ -5,7 +5,7 @@
 #include "Simulation/Handlers/ISimulatedFrequency.h"
 #include "Simulation/Handlers/ISimulatedTransmitter.h"
 #include "Unit/Process/LoadedModule.h"
-#include "Unit/Process/PowerText.h"
+#include "Unit/Text/PowerText.h"
 
 #include <fmt/format.h>
 

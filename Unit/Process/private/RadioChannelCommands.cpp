@@ -1,6 +1,6 @@
 #include "Simulation/Handlers/ISimulatedTransmitter.h"
-#include "Unit/Process/PowerText.h"
 #include "Unit/Process/RadioChannel.h"
+#include "Unit/Text/PowerText.h"
 
 void RadioChannel::want(ERequestedTxPowerState eState)
 {

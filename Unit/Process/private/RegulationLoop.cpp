@@ -1,7 +1,7 @@
 #include "Unit/Process/RegulationLoop.h"
 
 #include "Simulation/Handlers/ISimulatedTemperature.h"
-#include "Unit/Process/PowerText.h"
+#include "Unit/Text/PowerText.h"
 
 #include <algorithm>
 #include <exception>

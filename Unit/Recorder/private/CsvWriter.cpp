@@ -1,7 +1,7 @@
 #include "Unit/Recorder/CsvWriter.h"
 
 #include "Platform/ConfigurationError.h"
-#include "Unit/Process/PowerText.h"
+#include "Unit/Text/PowerText.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

@@ -1,5 +1,5 @@
 #include "Platform/Trace/TraceControl.h"
-#include "Unit/Process/ValueRanges.h"
+#include "Unit/Configuration/ValueRanges.h"
 #include "Unit/TestServer/private/MethodHelpers.h"
 #include "Unit/TestServer/private/UnitMethods.h"
 

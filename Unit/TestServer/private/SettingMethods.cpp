@@ -1,4 +1,4 @@
-#include "Unit/Process/ValueRanges.h"
+#include "Unit/Configuration/ValueRanges.h"
 #include "Unit/TestServer/private/MethodHelpers.h"
 #include "Unit/TestServer/private/UnitMethods.h"
 

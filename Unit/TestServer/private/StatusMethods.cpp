@@ -1,6 +1,6 @@
-#include "Unit/Process/PowerText.h"
 #include "Unit/TestServer/private/MethodHelpers.h"
 #include "Unit/TestServer/private/UnitMethods.h"
+#include "Unit/Text/PowerText.h"
 
 #include <algorithm>
 #include <optional>

@@ -1,4 +1,4 @@
-#include "Unit/Client/private/Table.h"
+#include "Unit/Text/Table.h"
 
 #include <gtest/gtest.h>
 

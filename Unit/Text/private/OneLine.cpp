@@ -1,4 +1,4 @@
-#include "Unit/Client/private/OneLine.h"
+#include "Unit/Text/OneLine.h"
 
 namespace
 {

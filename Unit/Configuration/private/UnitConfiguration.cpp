@@ -1,8 +1,8 @@
-#include "Unit/Process/UnitConfiguration.h"
+#include "Unit/Configuration/UnitConfiguration.h"
 
 #include "Platform/ConfigurationError.h"
 #include "Platform/FileText.h"
-#include "Unit/Process/private/ConfigurationReaders.h"
+#include "Unit/Configuration/private/ConfigurationReaders.h"
 
 #include <fmt/format.h>
 

@@ -1,7 +1,6 @@
-#include "Unit/Process/private/ConfigurationReaders.h"
+#include "Unit/Configuration/private/ConfigurationReaders.h"
 
-#include "Unit/Process/RealtimePriority.h"
-#include "Unit/Process/ValueRanges.h"
+#include "Unit/Configuration/ValueRanges.h"
 
 #include <fmt/format.h>
 

@@ -1,6 +1,6 @@
-#include "Unit/Client/private/GnuplotProcess.h"
+#include "Unit/Plot/Gnuplot.h"
 
-#include "Unit/Client/private/OneLine.h"
+#include "Unit/Text/OneLine.h"
 
 #include <fcntl.h>
 #include <fmt/format.h>

@@ -1,4 +1,4 @@
-#include "Unit/Process/PowerText.h"
+#include "Unit/Text/PowerText.h"
 
 #include "Control/OutputPowerController/IOutputPowerController_c.h"
 

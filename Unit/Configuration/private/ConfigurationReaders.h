@@ -3,8 +3,8 @@
  */
 #pragma once
 
-#include "Unit/Process/UnitConfiguration.h"
-#include "Unit/Process/private/TomlTable.h"
+#include "Unit/Configuration/TomlTable.h"
+#include "Unit/Configuration/UnitConfiguration.h"
 
 void readUnit(const TomlTable& root, UnitConfiguration& configuration);
 void readModules(const TomlTable& root, UnitConfiguration& configuration);

@@ -1,4 +1,4 @@
-#include "Unit/Process/private/TomlTable.h"
+#include "Unit/Configuration/TomlTable.h"
 
 #include "Platform/ConfigurationError.h"
 

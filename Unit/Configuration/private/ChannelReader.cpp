@@ -1,5 +1,5 @@
-#include "Unit/Process/ValueRanges.h"
-#include "Unit/Process/private/ConfigurationReaders.h"
+#include "Unit/Configuration/ValueRanges.h"
+#include "Unit/Configuration/private/ConfigurationReaders.h"
 
 #include <fmt/format.h>
 
