@@ -25,12 +25,13 @@ enum class EHandlerOperation
 /** Kinds of faults. */
 enum class EHandlerFault
 {
-    None,       /**< works */
-    Fail,       /**< fails at every call */
-    FailTimes,  /**< fails at the next calls, then works again */
-    Stuck,      /**< reads the last value again and again, or takes settings without effect */
-    WrongValue, /**< reads a given value, or sets it instead of the value asked for */
-    Slow        /**< works, but takes its time */
+    None,        /**< works */
+    Fail,        /**< fails at every call */
+    FailTimes,   /**< fails at the next calls, then works again */
+    Stuck,       /**< reads the last value again and again, or takes settings without effect */
+    WrongValue,  /**< reads a given value, or sets it instead of the value asked for */
+    Slow,        /**< works, but takes its time */
+    Intermittent /**< fails now and then, by chance */
 };
 
 /** A fault of one operation. */
@@ -40,6 +41,7 @@ struct HandlerFault
     unsigned int nTimes = 1;  /**< FailTimes: how many calls fail */
     std::int32_t nValue = 0;  /**< WrongValue: what is read or set */
     unsigned int delayUs = 0; /**< Slow: how long a call takes */
+    double probability = 0.5; /**< Intermittent: how likely a call fails, 0 to 1 */
 };
 
 /** @return the operation's name as the handler's table has it, such as "getPmeasured" */

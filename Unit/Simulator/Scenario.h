@@ -4,6 +4,7 @@
 #pragma once
 
 #include "Simulation/Scenario/MeasureSettings.h"
+#include "Simulation/Scenario/RunMeasures.h"
 #include "Unit/Configuration/UnitConfiguration.h"
 
 #include <cstdint>
@@ -45,6 +46,14 @@ struct DriveConfiguration
     bool bRepeat = false;      /**< begins anew at its end; otherwise its last row holds */
 };
 
+/** What a measure has to be for the scenario to have gone as expected. */
+struct MeasureBand
+{
+    const RunMeasureKey* pMeasure;
+    double minimum; /**< -infinity for none */
+    double maximum; /**< infinity for none */
+};
+
 /** One channel's run in virtual time. */
 struct Scenario
 {
@@ -56,6 +65,7 @@ struct Scenario
     DriveConfiguration drive;
     std::vector<ScenarioEvent> events; /**< ascending in time */
     MeasureSettings measures;
+    std::vector<MeasureBand> expectations;
 
     const ChannelConfiguration& channel() const { return unit.channels.front(); }
 };
