@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cerrno>
+#include <cstdint>
 #include <ctime>
 
 /** What an operation does at one call. */
@@ -23,6 +24,9 @@ class FaultInjector
 {
 public:
     void set(EHandlerOperation eOperation, const HandlerFault& fault) { at(eOperation) = fault; }
+
+    /** Makes the chances of intermittent faults anew. */
+    void seed(std::uint64_t nSeed) { m_nRandomState = nSeed; }
 
     /** @return what is read or set instead under EFaultAction::WrongValue */
     std::int32_t wrongValue(EHandlerOperation eOperation) { return at(eOperation).nValue; }
@@ -47,6 +51,8 @@ public:
         case EHandlerFault::Slow:
             delay(fault.delayUs);
             return EFaultAction::Work;
+        case EHandlerFault::Intermittent:
+            return nextChance() < fault.probability ? EFaultAction::Fail : EFaultAction::Work;
         case EHandlerFault::None:
             break;
         }
@@ -64,7 +70,16 @@ private:
         }
     }
 
+    /** @return a number from 0 up to 1 that looks random; a generator of its own, so that faults leave noise alone */
+    double nextChance()
+    {
+        constexpr double perStep = 1.0 / 9007199254740992.0; // 2 to the power of -53
+        m_nRandomState = m_nRandomState * 6364136223846793005U + 1442695040888963407U;
+        return static_cast<double>(m_nRandomState >> 11U) * perStep;
+    }
+
     HandlerFault& at(EHandlerOperation eOperation) { return m_faults.at(static_cast<std::size_t>(eOperation)); }
 
     std::array<HandlerFault, static_cast<std::size_t>(EHandlerOperation::Count)> m_faults;
+    std::uint64_t m_nRandomState = 1;
 };

@@ -16,7 +16,8 @@ constexpr std::array<const char*, static_cast<std::size_t>(EHandlerOperation::Co
     "getPctrlLimits",
 };
 
-constexpr std::array<const char*, 6> FAULT_NAMES = {"none", "fail", "fail-times", "stuck", "wrong-value", "slow"};
+constexpr std::array<const char*, 7> FAULT_NAMES = {"none",        "fail", "fail-times",  "stuck",
+                                                    "wrong-value", "slow", "intermittent"};
 
 template <class TEnum, std::size_t COUNT> const char* nameOf(const std::array<const char*, COUNT>& names, TEnum eValue)
 {

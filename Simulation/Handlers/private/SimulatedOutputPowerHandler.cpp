@@ -71,6 +71,7 @@ EAFResult SimulatedOutputPowerHandler::initialize()
 void SimulatedOutputPowerHandler::configure(const TransmitterParameters& parameters, std::uint64_t nSeed)
 {
     m_transmitter = Transmitter(parameters, nSeed);
+    m_faults.seed(nSeed);
     m_latest = {};
     m_nTxStep = STEP_OFF;
     m_nPctrl = toCentiDb(parameters.minPowerDbm);
