@@ -3,8 +3,9 @@
  */
 #pragma once
 
+#include "Simulation/Scenario/ErrorHistogram.h"
+
 #include <cstdint>
-#include <vector>
 
 /** Measures over the settled steps of a run; errors are measured minus target in hundredths of a decibel. */
 struct TrackingSummary
@@ -34,8 +35,6 @@ public:
     /** The error that ends settling after a jump. */
     static constexpr std::int32_t SETTLED_CENTI_DB = 10;
 
-    TrackingMeasures();
-
     /** Adds a closed-loop step. */
     void addStep(std::int32_t nPtargetCentiDb, std::int32_t nPmeasuredCentiDb);
 
@@ -46,13 +45,10 @@ public:
 
 private:
     void addSettledError(std::int32_t nErrorCentiDb);
-    std::int32_t percentile(std::uint32_t nPerMille) const;
 
-    std::vector<std::uint64_t> m_countByAbsoluteError; // the last entry takes all that is larger
-    std::uint64_t m_nSettledSteps = 0;
+    ErrorHistogram m_settledErrors;
     double m_sum = 0.0;
     double m_sumOfSquares = 0.0;
-    std::int32_t m_nMaxCentiDb = 0;
     bool m_bHasTarget = false;
     std::int32_t m_nLastPtarget = 0;
     std::uint32_t m_nStepsSinceJump = 0;

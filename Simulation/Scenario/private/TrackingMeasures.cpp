@@ -7,16 +7,11 @@
 
 namespace
 {
-/** Absolute errors of up to 40.94 dB are counted one by one. */
-constexpr std::size_t ERROR_COUNTS = 4096;
-
 double ratio(double part, std::uint64_t nWhole)
 {
     return nWhole == 0 ? 0.0 : part / static_cast<double>(nWhole);
 }
 } // namespace
-
-TrackingMeasures::TrackingMeasures() : m_countByAbsoluteError(ERROR_COUNTS, 0) {}
 
 void TrackingMeasures::addStep(std::int32_t nPtargetCentiDb, std::int32_t nPmeasuredCentiDb)
 {
@@ -57,40 +52,23 @@ void TrackingMeasures::interrupt()
 
 void TrackingMeasures::addSettledError(std::int32_t nErrorCentiDb)
 {
-    const std::int32_t nAbsolute = std::abs(nErrorCentiDb);
-    ++m_countByAbsoluteError[std::min(static_cast<std::size_t>(nAbsolute), ERROR_COUNTS - 1)];
-    ++m_nSettledSteps;
+    m_settledErrors.add(std::abs(nErrorCentiDb));
     m_sum += nErrorCentiDb;
     m_sumOfSquares += static_cast<double>(nErrorCentiDb) * nErrorCentiDb;
-    m_nMaxCentiDb = std::max(m_nMaxCentiDb, nAbsolute);
-}
-
-std::int32_t TrackingMeasures::percentile(std::uint32_t nPerMille) const
-{
-    std::uint64_t nUpTo = 0;
-    for (std::size_t nAbsolute = 0; nAbsolute + 1 < m_countByAbsoluteError.size(); ++nAbsolute) {
-        nUpTo += m_countByAbsoluteError[nAbsolute];
-        if (nUpTo * 1000 >= m_nSettledSteps * nPerMille) {
-            return static_cast<std::int32_t>(nAbsolute);
-        }
-    }
-    return m_nMaxCentiDb;
 }
 
 TrackingSummary TrackingMeasures::summary() const
 {
     TrackingSummary summary;
-    summary.nSettledSteps = m_nSettledSteps;
-    summary.meanCentiDb = ratio(m_sum, m_nSettledSteps);
-    summary.rmsCentiDb = std::sqrt(ratio(m_sumOfSquares, m_nSettledSteps));
-    summary.p99CentiDb = percentile(990);
-    summary.p999CentiDb = percentile(999);
-    summary.maxCentiDb = m_nMaxCentiDb;
-    std::uint64_t nWithin = 0;
-    for (std::size_t nAbsolute = 0; nAbsolute <= static_cast<std::size_t>(SETTLED_CENTI_DB); ++nAbsolute) {
-        nWithin += m_countByAbsoluteError[nAbsolute];
-    }
-    summary.shareWithinTenCentiDb = ratio(static_cast<double>(nWithin), m_nSettledSteps);
+    const std::uint64_t nSteps = m_settledErrors.errors();
+    summary.nSettledSteps = nSteps;
+    summary.meanCentiDb = ratio(m_sum, nSteps);
+    summary.rmsCentiDb = std::sqrt(ratio(m_sumOfSquares, nSteps));
+    summary.p99CentiDb = m_settledErrors.percentile(990);
+    summary.p999CentiDb = m_settledErrors.percentile(999);
+    summary.maxCentiDb = m_settledErrors.maximum();
+    const auto nWithin = static_cast<double>(m_settledErrors.countUpTo(SETTLED_CENTI_DB));
+    summary.shareWithinTenCentiDb = ratio(nWithin, nSteps);
     summary.nJumps = m_nJumps;
     summary.nJumpsSettled = m_nJumpsSettled;
     summary.meanSettlingSteps = ratio(static_cast<double>(m_nSettlingStepsTotal), m_nJumpsSettled);
