@@ -3,6 +3,7 @@
  */
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
@@ -44,6 +45,12 @@ public:
     /** @return what the profile says at a time; before its first row the first holds, after its last the last */
     ProfilePoint at(double seconds) const;
 
+    /**
+     * The same for one who goes forward in small steps, at the same cost however long the profile.
+     * @param[in,out] nRow 0 at first; where the last call ended
+     */
+    ProfilePoint at(double seconds, std::size_t& nRow) const;
+
     double firstSecond() const { return m_seconds.front(); }
     double lastSecond() const { return m_seconds.back(); }
 
@@ -54,6 +61,7 @@ private:
         std::vector<double> values; // empty when the file does not have the column
     };
 
+    ProfilePoint pointAt(double seconds, std::size_t nRow) const;
     std::optional<double> valueAt(const Column& column, std::size_t nRow, double seconds) const;
 
     std::vector<double> m_seconds;

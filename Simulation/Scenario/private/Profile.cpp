@@ -106,7 +106,22 @@ Profile::Profile(const std::string& sPath, const Interpolation& interpolation)
 ProfilePoint Profile::at(double seconds) const
 {
     const auto next = std::upper_bound(m_seconds.begin(), m_seconds.end(), seconds);
-    const auto nRow = static_cast<std::size_t>(std::max<std::ptrdiff_t>(next - m_seconds.begin() - 1, 0));
+    return pointAt(seconds, static_cast<std::size_t>(std::max<std::ptrdiff_t>(next - m_seconds.begin() - 1, 0)));
+}
+
+ProfilePoint Profile::at(double seconds, std::size_t& nRow) const
+{
+    if (seconds < m_seconds[nRow]) {
+        nRow = 0;
+    }
+    while (nRow + 1 < m_seconds.size() && m_seconds[nRow + 1] <= seconds) {
+        ++nRow;
+    }
+    return pointAt(seconds, nRow);
+}
+
+ProfilePoint Profile::pointAt(double seconds, std::size_t nRow) const
+{
     return {valueAt(m_requestedPower, nRow, seconds), valueAt(m_temperature, nRow, seconds),
             valueAt(m_frequency, nRow, seconds)};
 }
