@@ -28,6 +28,12 @@ public:
 
     const TransmitterParameters& parameters() const { return m_parameters; }
 
+    /**
+     * Changes what the transmitter is made of, and nothing else: its warmth, its noise and its control power go on. The
+     * gain setting keeps going by the chain gain of the start, so that a chain that has lost gain gives less power.
+     */
+    void change(const TransmitterParameters& parameters);
+
     /** Sets the gain chain for a control power, as closely as the actuator's resolution allows. */
     void setControlPowerDbm(double controlPowerDbm);
 
@@ -51,6 +57,8 @@ public:
 
 private:
     TransmitterParameters m_parameters;
+    double m_knownChainGainDb; // what the gain setting goes by
+    double m_controlPowerDbm;
     std::mt19937_64 m_random;
     std::normal_distribution<double> m_noise;
     ChainSetting m_setting;

@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <ctime>
+#include <utility>
 
 /** What an operation does at one call. */
 enum class EFaultAction
@@ -27,6 +28,12 @@ public:
 
     /** Makes the chances of intermittent faults anew. */
     void seed(std::uint64_t nSeed) { m_nRandomState = nSeed; }
+
+    /** Lets slow operations be counted instead of waited for. */
+    void countDelays() { m_bDelaysCount = true; }
+
+    /** @return microseconds of counted delays since the last time */
+    std::uint64_t takeDelayUs() { return std::exchange(m_nDelayUs, 0); }
 
     /** @return what is read or set instead under EFaultAction::WrongValue */
     std::int32_t wrongValue(EHandlerOperation eOperation) { return at(eOperation).nValue; }
@@ -49,7 +56,12 @@ public:
         case EHandlerFault::WrongValue:
             return EFaultAction::WrongValue;
         case EHandlerFault::Slow:
-            delay(fault.delayUs);
+            if (m_bDelaysCount) {
+                m_nDelayUs += fault.delayUs;
+            }
+            else {
+                delay(fault.delayUs);
+            }
             return EFaultAction::Work;
         case EHandlerFault::Intermittent:
             return nextChance() < fault.probability ? EFaultAction::Fail : EFaultAction::Work;
@@ -82,4 +94,6 @@ private:
 
     std::array<HandlerFault, static_cast<std::size_t>(EHandlerOperation::Count)> m_faults;
     std::uint64_t m_nRandomState = 1;
+    bool m_bDelaysCount = false;
+    std::uint64_t m_nDelayUs = 0;
 };

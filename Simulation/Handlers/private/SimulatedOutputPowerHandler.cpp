@@ -282,9 +282,11 @@ EOPHResult SimulatedOutputPowerHandler::getPctrlLimits(std::int32_t* pLower, std
         const TransmitterParameters& parameters = m_transmitter.parameters();
         return std::array<std::int32_t, 2>{toCentiDb(parameters.minPowerDbm), toCentiDb(parameters.maxPowerDbm)};
     });
+    m_nGivenLowerLimit.reset();
     if (!EAF_isFailure(nResult)) {
         *pLower = latest.values[0];
         *pUpper = latest.values[1];
+        m_nGivenLowerLimit = latest.values[0];
     }
     return nResult;
 }

@@ -11,6 +11,7 @@
 
 #include <array>
 #include <atomic>
+#include <optional>
 
 /**
  * The transmitter of one channel; powers in hundredths of a decibel.
@@ -63,10 +64,14 @@ public:
 
     /** Goes back to the normal loop mode as well; faults and the count of refused calls stay. */
     void configure(const TransmitterParameters& parameters, std::uint64_t nSeed) override;
+    void change(const TransmitterParameters& parameters) override { m_transmitter.change(parameters); }
     void setAmbientTemperature(double degreesCelsius) override { m_transmitter.setAmbientTemperature(degreesCelsius); }
     void setFrequencyMhz(double frequencyMhz) override { m_transmitter.setFrequencyMhz(frequencyMhz); }
     void advance(double seconds) override { m_transmitter.advance(seconds); }
     void setFault(EHandlerOperation eOperation, const HandlerFault& fault) override;
+    void countDelays() override { m_faults.countDelays(); }
+    std::uint64_t takeDelayUs() override { return m_faults.takeDelayUs(); }
+    std::optional<std::int32_t> givenLowerLimit() const override { return m_nGivenLowerLimit; }
     double outputPowerDbm() const override { return m_transmitter.outputPowerDbm(); }
     std::uint64_t refusedCalls() const override { return m_nRefusedCalls; }
 
@@ -107,6 +112,7 @@ private:
     std::int32_t m_nTxStep;
     std::int32_t m_nPctrl = 0;
     std::int32_t m_nDetectorReading = 0;
+    std::optional<std::int32_t> m_nGivenLowerLimit;
     std::atomic<std::int32_t> m_nLoopMode = eRF_DETECTOR_LOOP_MODE_NORMAL;
     std::atomic<std::uint64_t> m_nRefusedCalls = 0;
     PublishedInterface m_published; // withdrawn before the rest goes

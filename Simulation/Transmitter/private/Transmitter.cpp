@@ -34,13 +34,21 @@ double compressedDbm(double linearDbm, double saturatedDbm, double p)
 } // namespace
 
 Transmitter::Transmitter(const TransmitterParameters& parameters, std::uint64_t nSeed)
-    : m_parameters(parameters), m_random(nSeed), m_noise(0.0, 1.0), m_frequencyMhz(parameters.referenceFrequencyMhz)
+    : m_parameters(parameters), m_knownChainGainDb(parameters.chainGainDb), m_controlPowerDbm(parameters.minPowerDbm),
+      m_random(nSeed), m_noise(0.0, 1.0), m_frequencyMhz(parameters.referenceFrequencyMhz)
 {
     setControlPowerDbm(parameters.minPowerDbm);
 }
 
+void Transmitter::change(const TransmitterParameters& parameters)
+{
+    m_parameters = parameters;
+    setControlPowerDbm(m_controlPowerDbm);
+}
+
 void Transmitter::setControlPowerDbm(double controlPowerDbm)
 {
+    m_controlPowerDbm = controlPowerDbm;
     const auto nAmplifiers =
         static_cast<unsigned int>(std::clamp(std::round(m_parameters.amplifierCount), 0.0, double{MAX_AMPLIFIERS}));
     const double reductionDb = quantised(m_parameters.maxPowerDbm - controlPowerDbm, m_parameters.actuatorStepDb);
@@ -55,7 +63,7 @@ void Transmitter::setControlPowerDbm(double controlPowerDbm)
     const double takenDb = perAmplifierDb * nAmplifiers;
     m_setting.rfGainDb = m_parameters.chainGainDb - takenDb;
     // What the amplifiers could not take; negative above the upper limit, where the IF power has to rise.
-    m_setting.ifPowerDbm = m_parameters.maxPowerDbm - m_parameters.chainGainDb - (reductionDb - takenDb);
+    m_setting.ifPowerDbm = m_parameters.maxPowerDbm - m_knownChainGainDb - (reductionDb - takenDb);
 }
 
 void Transmitter::advance(double seconds)
