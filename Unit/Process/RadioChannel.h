@@ -38,6 +38,22 @@ struct StepSurroundings
     double simulatedSeconds = 0.0; /**< that have passed since the last step */
 };
 
+/** What a channel is given for one step. */
+struct StepInputs
+{
+    double requestedPowerDbm = 0.0;
+    double frequencyMhz = 0.0;
+    double temperatureDegrees = 25.0;
+    double simulatedSeconds = 0.0; /**< that have passed since the last step */
+};
+
+/** What the closed loop holds the control power between, hundredths of a dBm. */
+struct ControlPowerLimits
+{
+    std::int32_t nLower = 0;
+    std::int32_t nUpper = 0;
+};
+
 /** The faults that a channel's handler was last given, by operation. */
 using HandlerFaults = std::array<HandlerFault, static_cast<std::size_t>(EHandlerOperation::Count)>;
 
@@ -107,6 +123,9 @@ public:
      */
     void step(const StepSurroundings& surroundings, StepSample& sample);
 
+    /** The same with what a run has decided itself: what commands have set does not count. */
+    void stepWith(const StepInputs& inputs, StepSample& sample);
+
     /** @return the last step's sample; all zero before the first */
     const StepSample& lastSample() const { return m_lastSample; }
 
@@ -114,6 +133,12 @@ public:
     bool isOn() const;
 
     const ChannelStatistics& statistics() const { return m_statistics; }
+
+    /** @return what the closed loop's next step will hold the control power between */
+    ControlPowerLimits controlPowerLimits() const;
+
+    /** @return the knobs of the channel's transmitter; null when its handler is not a simulated one */
+    ISimulatedTransmitter* transmitter() const { return m_pTransmitter; }
 
     /** @return calls that the simulated handler refused, if the handler is simulated */
     std::optional<std::uint64_t> refusedCalls() const;
@@ -125,9 +150,10 @@ private:
 
     void registerObservers();
     void setGains(EOPCState eState, const std::optional<GainPercent>& gain);
-    void simulate(const StepSurroundings& surroundings);
+    void simulate(const StepInputs& inputs);
     void followRequest();
-    void readController(StepSample& sample) const;
+    void readController(StepSample& sample);
+    void noteLowerLimit();
     void count(const StepSample& sample);
 
     ChannelConfiguration m_configuration;
@@ -143,6 +169,8 @@ private:
     std::optional<ERequestedTxPowerState> m_wanted;
     HandlerFaults m_faults{};
     std::int32_t m_nPredictedPctrl = OPC_POWER_UNKNOWN;
+    std::int32_t m_nPctrlMin = OPC_POWER_UNKNOWN; // as the controller keeps it, which it does not tell
+    std::int32_t m_nPctrlMax = 0;
     std::optional<int> m_nNotifiedFrequency;
     ChannelStatistics m_statistics;
     StepSample m_lastSample{};

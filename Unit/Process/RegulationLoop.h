@@ -7,6 +7,7 @@
 #include "Unit/Process/CommandQueue.h"
 #include "Unit/Process/FaultSchedule.h"
 #include "Unit/Process/InputValue.h"
+#include "Unit/Process/NotifiedTemperature.h"
 #include "Unit/Process/RadioChannel.h"
 #include "Unit/Process/StepSample.h"
 
@@ -18,8 +19,6 @@
 #include <optional>
 #include <string>
 #include <vector>
-
-class ISimulatedTemperature;
 
 /** The bounded way of samples out of the regulation thread: one writer, one reader, nobody waits. */
 using SampleQueue = boost::lockfree::spsc_queue<StepSample>;
@@ -103,18 +102,16 @@ private:
     void tick(std::uint64_t nSkipped);
     void switchFaults();
     void serveCommands();
-    void setTemperature(double degreesCelsius);
 
     RunSettings m_settings;
     std::vector<RadioChannel*> m_channels;
-    ISimulatedTemperature* m_pTemperature;
+    NotifiedTemperature m_temperature;
     FaultSchedule m_faults;
     SampleQueue& m_queue;
     CommandQueue m_commands;
     std::optional<DeadlineTimer> m_timer; // from the first step on
     InputValue m_temperatureDegrees;
     std::int64_t m_nLastElapsedNs = 0;
-    std::optional<int> m_nNotifiedTemperature;
     bool m_bStopping = false;
     std::uint64_t m_nOverruns = 0;
     std::uint64_t m_nDropped = 0;

@@ -102,15 +102,14 @@ void RadioChannel::requestOn()
             number(), "requesting the transmitter on");
 }
 
-void RadioChannel::simulate(const StepSurroundings& surroundings)
+void RadioChannel::simulate(const StepInputs& inputs)
 {
-    const double frequencyMhz = m_frequencyMhz.next(surroundings.profile.frequencyMhz);
     if (m_pTransmitter != nullptr) {
-        m_pTransmitter->setAmbientTemperature(surroundings.temperatureDegrees);
-        m_pTransmitter->setFrequencyMhz(frequencyMhz);
-        m_pTransmitter->advance(surroundings.simulatedSeconds);
+        m_pTransmitter->setAmbientTemperature(inputs.temperatureDegrees);
+        m_pTransmitter->setFrequencyMhz(inputs.frequencyMhz);
+        m_pTransmitter->advance(inputs.simulatedSeconds);
     }
-    const int nFrequency = nearestInteger(frequencyMhz);
+    const int nFrequency = nearestInteger(inputs.frequencyMhz);
     if (m_pFrequency != nullptr && m_nNotifiedFrequency != nFrequency) {
         m_pFrequency->setTxFrequency(nFrequency);
         m_nNotifiedFrequency = nFrequency;
@@ -119,15 +118,28 @@ void RadioChannel::simulate(const StepSurroundings& surroundings)
 
 void RadioChannel::step(const StepSurroundings& surroundings, StepSample& sample)
 {
-    simulate(surroundings);
+    const ProfilePoint& profile = surroundings.profile;
+    stepWith(StepInputs{.requestedPowerDbm = m_requestedPowerDbm.next(profile.requestedPowerDbm),
+                        .frequencyMhz = m_frequencyMhz.next(profile.frequencyMhz),
+                        .temperatureDegrees = surroundings.temperatureDegrees,
+                        .simulatedSeconds = surroundings.simulatedSeconds},
+             sample);
+}
+
+void RadioChannel::stepWith(const StepInputs& inputs, StepSample& sample)
+{
+    simulate(inputs);
     followRequest();
     sample.nChannelNumber = number();
     sample.nStateBefore = state();
-    sample.nRequestedPower = centiDb(m_requestedPowerDbm.next(surroundings.profile.requestedPowerDbm));
-    sample.temperatureDegrees = static_cast<float>(surroundings.temperatureDegrees);
-    sample.frequencyMhz = static_cast<float>(m_frequencyMhz.value());
+    sample.nRequestedPower = centiDb(inputs.requestedPowerDbm);
+    sample.temperatureDegrees = static_cast<float>(inputs.temperatureDegrees);
+    sample.frequencyMhz = static_cast<float>(inputs.frequencyMhz);
     sample.nResult =
         static_cast<std::int32_t>(m_pController->staticRegulate(m_pController->vpThis, sample.nRequestedPower));
+    if (sample.nStateBefore == eOPC_TX_ON_INITIATED) {
+        noteLowerLimit();
+    }
     readController(sample);
     count(sample);
     sample.nSteps = m_statistics.nSteps;
@@ -135,7 +147,7 @@ void RadioChannel::step(const StepSurroundings& surroundings, StepSample& sample
     m_lastSample = sample;
 }
 
-void RadioChannel::readController(StepSample& sample) const
+void RadioChannel::readController(StepSample& sample)
 {
     const IOutputPowerControllerCStruct& table = *m_pController;
     long nPtarget = 0;
@@ -155,6 +167,25 @@ void RadioChannel::readController(StepSample& sample) const
     sample.nPredictedPctrl = m_nPredictedPctrl;
     sample.nPowerError = static_cast<std::int32_t>(nPowerError);
     sample.nDetectorState = eDetectorState;
+    m_nPctrlMax = static_cast<std::int32_t>(nPctrlMax);
+}
+
+/** Follows what the controller takes from the handler as it begins to switch on. */
+void RadioChannel::noteLowerLimit()
+{
+    // Without an upper limit the controller does nothing, and asks nothing.
+    if (m_pTransmitter == nullptr || m_nPctrlMax == OPC_POWER_UNKNOWN) {
+        return;
+    }
+    const std::int32_t nGiven = m_pTransmitter->givenLowerLimit().value_or(0); // what a failed call leaves
+    m_nPctrlMin = nGiven == OPC_POWER_UNKNOWN ? m_nPctrlMin : nGiven;
+}
+
+ControlPowerLimits RadioChannel::controlPowerLimits() const
+{
+    constexpr std::int32_t PRODUCTION_TEST_MARGIN = 2000;
+    const std::int32_t nMargin = m_configuration.bProductionTest ? PRODUCTION_TEST_MARGIN : 0;
+    return {m_nPctrlMin - nMargin, m_nPctrlMax + nMargin};
 }
 
 void RadioChannel::count(const StepSample& sample)

@@ -39,6 +39,7 @@ long RadioChannel::setLimits(double txPminDbm, double txPmaxDbm)
 {
     m_configuration.txPminDbm = txPminDbm;
     m_configuration.txPmaxDbm = txPmaxDbm;
+    m_nPctrlMin = centiDb(txPminDbm);
     return m_pController->staticSetTxPminPmax(m_pController->vpThis, centiDb(txPminDbm), centiDb(txPmaxDbm));
 }
 

@@ -1,8 +1,5 @@
 #include "Unit/Process/RegulationLoop.h"
 
-#include "Simulation/Handlers/ISimulatedTemperature.h"
-#include "Unit/Text/PowerText.h"
-
 #include <algorithm>
 #include <exception>
 #include <utility>
@@ -21,7 +18,7 @@ constexpr std::int64_t RESERVED_PART = 3; // of the interval, at most
 RegulationLoop::RegulationLoop(const RunSettings& settings, std::vector<RadioChannel*> channels,
                                ISimulatedTemperature* pTemperature, const std::vector<FaultConfiguration>& faults,
                                SampleQueue& queue)
-    : m_settings(settings), m_channels(std::move(channels)), m_pTemperature(pTemperature), m_faults(faults),
+    : m_settings(settings), m_channels(std::move(channels)), m_temperature(pTemperature), m_faults(faults),
       m_queue(queue), m_temperatureDegrees(settings.temperatureDegrees)
 {}
 
@@ -120,7 +117,7 @@ void RegulationLoop::tick(std::uint64_t nSkipped)
     const auto elapsedNs = m_timer->elapsedNs();
     surroundings.simulatedSeconds = static_cast<double>(elapsedNs - std::exchange(m_nLastElapsedNs, elapsedNs)) /
                                     NANOSECONDS_PER_SECOND_REAL * m_settings.speed;
-    setTemperature(surroundings.temperatureDegrees);
+    m_temperature.set(surroundings.temperatureDegrees);
     switchFaults();
     StepSample sample{};
     sample.nTimeUs = static_cast<std::uint64_t>(elapsedNs / NANOSECONDS_PER_MICROSECOND);
@@ -143,13 +140,4 @@ void RegulationLoop::switchFaults()
             }
         }
     });
-}
-
-void RegulationLoop::setTemperature(double degreesCelsius)
-{
-    const int nTemperature = nearestInteger(degreesCelsius);
-    if (m_pTemperature != nullptr && m_nNotifiedTemperature != nTemperature) {
-        m_pTemperature->setTemperature(nTemperature);
-        m_nNotifiedTemperature = nTemperature;
-    }
 }
