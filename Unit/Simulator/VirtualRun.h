@@ -15,7 +15,7 @@
 /** A step of a run, with what only a simulation knows. */
 struct VirtualStep
 {
-    StepSample sample;            /**< its lateness is that of slow handler calls */
+    StepSample sample;            /**< its lateness is what slow handler calls took of the step's own time */
     double outputPowerDbm = 0.0;  /**< true power after the step; -infinity when nothing is radiated */
     std::int32_t nLowerClamp = 0; /**< of the control power in the closed loop as it holds now, hundredths of a dBm */
     std::int32_t nUpperClamp = 0;
@@ -41,10 +41,11 @@ class VirtualRun
 public:
     /**
      * Loads and starts the modules.
+     * @param nTraceLevel of all trace groups, on standard error; 0 for silence
      * @throws ConfigurationError for bad input
      * @throws UnitStartError when a module fails
      */
-    explicit VirtualRun(const Scenario& scenario);
+    explicit VirtualRun(const Scenario& scenario, int nTraceLevel = 0);
     ~VirtualRun();
 
     VirtualRun(const VirtualRun&) = delete;

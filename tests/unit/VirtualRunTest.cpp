@@ -1,0 +1,57 @@
+#include "Unit/Simulator/VirtualRun.h"
+
+#include "Control/OutputPowerController/IOutputPowerController_c.h"
+#include "Platform/Broker/BrokerDirectory.h"
+#include "Platform/ConfigurationError.h"
+#include "tests/unit/ScenarioMaker.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+
+namespace
+{
+/** @return whether two runs are the same to the last bit */
+bool same(const std::vector<VirtualStep>& left, const std::vector<VirtualStep>& right)
+{
+    return left.size() == right.size() &&
+           std::equal(left.begin(), left.end(), right.begin(), [](const VirtualStep& a, const VirtualStep& b) {
+               return std::memcmp(&a.sample, &b.sample, sizeof(a.sample)) == 0 &&
+                      std::memcmp(&a.outputPowerDbm, &b.outputPowerDbm, sizeof(a.outputPowerDbm)) == 0 &&
+                      a.nLowerClamp == b.nLowerClamp && a.nUpperClamp == b.nUpperClamp;
+           });
+}
+} // namespace
+
+TEST(VirtualRun, SwitchesOnAndRegulates)
+{
+    const std::vector<VirtualStep> steps = stepsOf(scenarioOn(1.2));
+    ASSERT_EQ(steps.size(), 200U);
+    EXPECT_EQ(steps.front().sample.nStateBefore, eOPC_TX_ON_INITIATED);
+    EXPECT_EQ(steps.front().sample.nTimeUs, 0U);
+    EXPECT_EQ(steps.back().sample.nTimeUs, 199U * 6000U);
+    EXPECT_EQ(steps.back().sample.nState, eOPC_TX_ON);
+    EXPECT_NEAR(steps.back().outputPowerDbm, 10.0, 0.1);
+    EXPECT_TRUE(std::isinf(steps.front().outputPowerDbm));
+    EXPECT_EQ(steps.back().sample.nSteps, 200U);
+    EXPECT_EQ(steps.back().sample.nFailedSteps, 0U);
+}
+
+TEST(VirtualRun, SwitchesNothingOnByItself)
+{
+    for (const VirtualStep& step : stepsOf(quietScenario(0.6))) {
+        ASSERT_EQ(step.sample.nState, eOPC_TX_OFF);
+    }
+}
+
+TEST(VirtualRun, IsTheSameToTheLastBitForOneSeedAndNotForAnother)
+{
+    const Scenario scenario = scenarioOn(3.0);
+    const std::vector<VirtualStep> steps = stepsOf(scenario);
+    EXPECT_TRUE(same(steps, stepsOf(scenario)));
+    Scenario other = scenario;
+    other.unit.channels.front().nSeed = 2;
+    EXPECT_FALSE(same(steps, stepsOf(other)));
+}
