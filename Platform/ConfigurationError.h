@@ -17,4 +17,9 @@ public:
 
     /** @return an error in a file as "path:line: text", or "path: text" for line 0 */
     static ConfigurationError atLine(const std::string& sPath, std::size_t nLine, const std::string& sText);
+
+    /** @return an error in a file as "path:line:column: text", the column in characters from 1; without it for column 0
+     */
+    static ConfigurationError atColumn(const std::string& sPath, std::size_t nLine, std::size_t nColumn,
+                                       const std::string& sText);
 };

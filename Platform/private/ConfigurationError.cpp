@@ -7,3 +7,12 @@ ConfigurationError ConfigurationError::atLine(const std::string& sPath, std::siz
     }
     return ConfigurationError(sPath + ":" + std::to_string(nLine) + ": " + sText);
 }
+
+ConfigurationError ConfigurationError::atColumn(const std::string& sPath, std::size_t nLine, std::size_t nColumn,
+                                                const std::string& sText)
+{
+    if (nLine == 0 || nColumn == 0) {
+        return atLine(sPath, nLine, sText);
+    }
+    return atLine(sPath + ":" + std::to_string(nLine), nColumn, sText);
+}

@@ -3,11 +3,8 @@
  */
 #pragma once
 
-inline constexpr double LOWEST_POWER_DBM = -98.0; /**< above the controller's markers for off and unknown */
-inline constexpr double HIGHEST_POWER_DBM = 100.0;
-inline constexpr double HIGHEST_FREQUENCY_MHZ = 300000.0;
-inline constexpr double COLDEST_DEGREES = -100.0;
-inline constexpr double HOTTEST_DEGREES = 200.0;
+#include "Simulation/Scenario/DriveRanges.h"
+
 inline constexpr int MAX_GAIN_PERCENT = 1000;
 inline constexpr int MAX_LOOP_MODE = 2;
 inline constexpr int MAX_TRACE_LEVEL = 9;

@@ -27,7 +27,7 @@ class InstalledProgram(InstallationTestCase):
         (self.elsewhere / "unit.toml").write_text("[unit]\ninterval_ms = 0\n")
         result = self.opc("run", "--duration", "1")
         self.assertEqual(result.returncode, 2)
-        self.assertIn("opc: unit.toml:2: ", result.stdout)
+        self.assertIn("opc: unit.toml:2:15: ", result.stdout)
 
     def test_names_the_installed_unit_when_it_is_missing(self):
         unit_file = self.prefix / "etc" / "opc" / "unit.toml"

@@ -83,6 +83,7 @@ void showFault(const FaultConfiguration& fault)
     show("fault", "times", fault.fault.nTimes);
     show("fault", "value", fault.fault.nValue);
     show("fault", "delay_us", fault.fault.delayUs);
+    show("fault", "probability", fault.fault.probability);
     show("fault", "at_s", fault.atSeconds);
     show("fault", "for_s", fault.forSeconds);
 }

@@ -1,5 +1,6 @@
 #include "Unit/Configuration/private/ConfigurationReaders.h"
 
+#include "Unit/Configuration/ChannelReaders.h"
 #include "Unit/Configuration/ValueRanges.h"
 
 #include <fmt/format.h>
@@ -16,37 +17,21 @@ std::string completePath(const UnitConfiguration& configuration, const std::stri
     return (std::filesystem::path(configuration.sFolder) / sFile).string();
 }
 
-EInterpolation readInterpolation(const TomlTable& table, const std::string& sKey, EInterpolation eDefault)
-{
-    const auto sValue = table.text(sKey);
-    if (!sValue) {
-        return eDefault;
-    }
-    if (*sValue != "held" && *sValue != "linear") {
-        table.fail(sKey, fmt::format("{} in [profile] is \"{}\"; it must be \"held\" or \"linear\"", sKey, *sValue));
-    }
-    return *sValue == "held" ? EInterpolation::Held : EInterpolation::Linear;
-}
-
 int readSystemLogCode(const TomlTable& table, const std::string& sKey, std::optional<int> (*codeOf)(std::string_view),
                       const std::vector<std::string_view>& names)
 {
     const std::string sName = table.requiredText(sKey);
     const std::optional<int> nCode = codeOf(sName);
     if (!nCode) {
-        table.fail(sKey,
-                   fmt::format("{} in [trace] is \"{}\"; it must be one of {}", sKey, sName, fmt::join(names, ", ")));
+        table.failValue(sKey, fmt::format("one of {}", fmt::join(names, ", ")));
     }
     return *nCode;
 }
 
 EModuleScope readScope(const TomlTable& table)
 {
-    const std::string sScope = table.text("scope").value_or("channel");
-    if (sScope != "channel" && sScope != "unit") {
-        table.fail("scope", fmt::format("scope in [[module]] is \"{}\"; it must be \"channel\" or \"unit\"", sScope));
-    }
-    return sScope == "unit" ? EModuleScope::Unit : EModuleScope::Channel;
+    const auto nWord = table.word("scope", {"channel", "unit"});
+    return nWord == 1U ? EModuleScope::Unit : EModuleScope::Channel;
 }
 } // namespace
 
@@ -150,8 +135,5 @@ void readProfile(const TomlTable& root, UnitConfiguration& configuration)
     }
     table->allowOnly({"file", "requested_power", "temperature", "frequency"});
     configuration.profile.sFile = completePath(configuration, table->requiredText("file"));
-    Profile::Interpolation& interpolation = configuration.profile.interpolation;
-    interpolation.eRequestedPower = readInterpolation(*table, "requested_power", interpolation.eRequestedPower);
-    interpolation.eTemperature = readInterpolation(*table, "temperature", interpolation.eTemperature);
-    interpolation.eFrequency = readInterpolation(*table, "frequency", interpolation.eFrequency);
+    readInterpolations(*table, configuration.profile.interpolation);
 }

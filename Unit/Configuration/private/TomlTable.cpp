@@ -1,11 +1,27 @@
 #include "Unit/Configuration/TomlTable.h"
 
 #include "Platform/ConfigurationError.h"
+#include "Platform/FileText.h"
+#include "Unit/Configuration/NearName.h"
+#include "Unit/Configuration/private/TomlText.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <utility>
+
+namespace
+{
+bool comesFrom(const toml::node& node, const std::string& sPath)
+{
+    const bool bOwn = node.source().path == nullptr || *node.source().path == sPath;
+    if (const toml::array* pArray = node.as_array(); bOwn && pArray != nullptr) {
+        return std::all_of(pArray->begin(), pArray->end(),
+                           [&sPath](const toml::node& element) { return comesFrom(element, sPath); });
+    }
+    return bOwn;
+}
+} // namespace
 
 TomlTable::TomlTable(const toml::table& table, std::string sPath, std::string sPlace)
     : m_table(table), m_sPath(std::move(sPath)), m_sPlace(std::move(sPlace))
@@ -21,23 +37,30 @@ void TomlTable::allowOnly(const std::vector<std::string>& keys) const
     for (const auto& [key, node] : m_table) {
         const std::string sKey(key.str());
         if (std::find(keys.begin(), keys.end(), sKey) == keys.end()) {
-            fail(sKey, fmt::format("unknown key \"{}\" in {}; known keys: {}", sKey, m_sPlace, fmt::join(keys, ", ")));
+            failAt(key.source(), fmt::format("unknown key {} in {}; {}", tomlText(sKey), m_sPlace,
+                                             knownNames(sKey, keys, "known keys")));
         }
     }
 }
 
+bool TomlTable::isFromElsewhere(const std::string& sKey) const
+{
+    const toml::node* pNode = find(sKey);
+    return pNode != nullptr && !comesFrom(*pNode, m_sPath);
+}
+
 std::optional<std::string> TomlTable::text(const std::string& sKey) const
 {
-    const toml::node* pNode = m_table.get(sKey);
+    const toml::node* pNode = find(sKey);
     if (pNode == nullptr) {
         return std::nullopt;
     }
     const auto value = pNode->value_exact<std::string>();
     if (!value) {
-        failKind(sKey, "a text in quotes");
+        failValue(sKey, "a text in quotes");
     }
     if (value->empty()) {
-        failKind(sKey, "a text that is not empty");
+        failValue(sKey, "a text that is not empty");
     }
     return *value;
 }
@@ -46,35 +69,44 @@ std::string TomlTable::requiredText(const std::string& sKey) const
 {
     const auto value = text(sKey);
     if (!value) {
-        fail("", fmt::format("{} has no key {}; add it", m_sPlace, sKey));
+        failMissing(sKey);
     }
     return *value;
 }
 
 std::optional<bool> TomlTable::boolean(const std::string& sKey) const
 {
-    const toml::node* pNode = m_table.get(sKey);
+    const toml::node* pNode = find(sKey);
     if (pNode == nullptr) {
         return std::nullopt;
     }
     const auto value = pNode->value_exact<bool>();
     if (!value) {
-        failKind(sKey, "true or false");
+        failValue(sKey, "true or false");
     }
     return value;
 }
 
 std::optional<double> TomlTable::number(const std::string& sKey, double minimum, double maximum) const
 {
-    const toml::node* pNode = m_table.get(sKey);
+    const toml::node* pNode = find(sKey);
     if (pNode == nullptr) {
         return std::nullopt;
     }
     const auto value = pNode->is_number() ? pNode->value<double>() : std::nullopt;
     if (!value || !(*value >= minimum && *value <= maximum)) {
-        failKind(sKey, fmt::format("a number from {} to {}", minimum, maximum));
+        failValue(sKey, fmt::format("a number from {} to {}", minimum, maximum));
     }
     return value;
+}
+
+double TomlTable::requiredNumber(const std::string& sKey, double minimum, double maximum) const
+{
+    const auto value = number(sKey, minimum, maximum);
+    if (!value) {
+        failMissing(sKey);
+    }
+    return *value;
 }
 
 std::int64_t TomlTable::checkedInteger(const std::string& sKey, const toml::node& node, std::int64_t minimum,
@@ -82,7 +114,7 @@ std::int64_t TomlTable::checkedInteger(const std::string& sKey, const toml::node
 {
     const auto value = node.value_exact<std::int64_t>();
     if (!value || *value < minimum || *value > maximum) {
-        failKind(sKey, fmt::format("a whole number from {} to {}", minimum, maximum));
+        failNode(sKey, node, fmt::format("a whole number from {} to {}", minimum, maximum));
     }
     return *value;
 }
@@ -90,7 +122,7 @@ std::int64_t TomlTable::checkedInteger(const std::string& sKey, const toml::node
 std::optional<std::int64_t> TomlTable::integer(const std::string& sKey, std::int64_t minimum,
                                                std::int64_t maximum) const
 {
-    const toml::node* pNode = m_table.get(sKey);
+    const toml::node* pNode = find(sKey);
     if (pNode == nullptr) {
         return std::nullopt;
     }
@@ -101,15 +133,29 @@ std::int64_t TomlTable::requiredInteger(const std::string& sKey, std::int64_t mi
 {
     const auto value = integer(sKey, minimum, maximum);
     if (!value) {
-        fail("", fmt::format("{} has no key {}; add it", m_sPlace, sKey));
+        failMissing(sKey);
     }
     return *value;
+}
+
+std::optional<std::size_t> TomlTable::word(const std::string& sKey, const std::vector<std::string>& words) const
+{
+    const auto sValue = text(sKey);
+    if (!sValue) {
+        return std::nullopt;
+    }
+    const auto found = std::find(words.begin(), words.end(), *sValue);
+    if (found == words.end()) {
+        failValue(sKey, words.size() == 2 ? fmt::format("\"{}\" or \"{}\"", words[0], words[1])
+                                          : fmt::format("one of {}", fmt::join(words, ", ")));
+    }
+    return static_cast<std::size_t>(found - words.begin());
 }
 
 std::optional<std::vector<int>> TomlTable::integers(const std::string& sKey, std::size_t nCount, std::int64_t minimum,
                                                     std::int64_t maximum) const
 {
-    const toml::node* pNode = m_table.get(sKey);
+    const toml::node* pNode = find(sKey);
     if (pNode == nullptr) {
         return std::nullopt;
     }
@@ -118,7 +164,7 @@ std::optional<std::vector<int>> TomlTable::integers(const std::string& sKey, std
         return std::vector<int>(nCount, static_cast<int>(checkedInteger(sKey, *pNode, minimum, maximum)));
     }
     if (pArray->size() != nCount) {
-        failKind(sKey, fmt::format("a whole number or a list of {}", nCount));
+        failValue(sKey, fmt::format("a whole number or a list of {}", nCount));
     }
     std::vector<int> values;
     for (const toml::node& node : *pArray) {
@@ -129,13 +175,13 @@ std::optional<std::vector<int>> TomlTable::integers(const std::string& sKey, std
 
 std::optional<TomlTable> TomlTable::table(const std::string& sKey) const
 {
-    const toml::node* pNode = m_table.get(sKey);
+    const toml::node* pNode = find(sKey);
     if (pNode == nullptr) {
         return std::nullopt;
     }
     const toml::table* pTable = pNode->as_table();
     if (pTable == nullptr) {
-        failKind(sKey, fmt::format("a table, written [{}]", sKey));
+        failValue(sKey, fmt::format("a table, written [{}]", sKey));
     }
     return TomlTable(*pTable, m_sPath, fmt::format("[{}]", sKey));
 }
@@ -143,7 +189,7 @@ std::optional<TomlTable> TomlTable::table(const std::string& sKey) const
 std::vector<TomlTable> TomlTable::tables(const std::string& sKey) const
 {
     std::vector<TomlTable> result;
-    const toml::node* pNode = m_table.get(sKey);
+    const toml::node* pNode = find(sKey);
     if (pNode == nullptr) {
         return result;
     }
@@ -151,7 +197,7 @@ std::vector<TomlTable> TomlTable::tables(const std::string& sKey) const
     const bool bTables = pArray != nullptr && std::all_of(pArray->begin(), pArray->end(),
                                                           [](const toml::node& node) { return node.is_table(); });
     if (!bTables) {
-        failKind(sKey, fmt::format("a list of tables, each written [[{}]]", sKey));
+        failValue(sKey, fmt::format("a list of tables, each written [[{}]]", sKey));
     }
     for (const toml::node& node : *pArray) {
         result.emplace_back(*node.as_table(), m_sPath, fmt::format("[[{}]]", sKey));
@@ -161,12 +207,42 @@ std::vector<TomlTable> TomlTable::tables(const std::string& sKey) const
 
 void TomlTable::fail(const std::string& sKey, const std::string& sText) const
 {
-    const toml::node* pNode = sKey.empty() ? nullptr : m_table.get(sKey);
-    throw ConfigurationError::atLine(m_sPath, pNode == nullptr ? line() : pNode->source().begin.line, sText);
+    const toml::node* pNode = sKey.empty() ? nullptr : find(sKey);
+    failAt(pNode == nullptr ? m_table.source() : pNode->source(), sText);
 }
 
-void TomlTable::failKind(const std::string& sKey, const std::string& sWanted) const
+void TomlTable::failAtOneOf(const std::vector<std::string>& keys, const std::string& sText) const
 {
-    std::string sPlace = m_sPlace.empty() ? "" : " in " + m_sPlace;
-    fail(sKey, fmt::format("{}{} must be {}", sKey, sPlace, sWanted));
+    const auto elsewhere =
+        std::find_if(keys.begin(), keys.end(), [this](const std::string& sKey) { return isFromElsewhere(sKey); });
+    if (elsewhere != keys.end()) {
+        fail(*elsewhere, sText);
+    }
+    const auto present = std::find_if(keys.begin(), keys.end(), [this](const std::string& sKey) { return has(sKey); });
+    fail(present == keys.end() ? "" : *present, sText);
+}
+
+void TomlTable::failValue(const std::string& sKey, const std::string& sWanted) const
+{
+    failNode(sKey, *find(sKey), sWanted);
+}
+
+void TomlTable::failNode(const std::string& sKey, const toml::node& node, const std::string& sWanted) const
+{
+    const bool bWhole = &node == find(sKey);
+    failAt(node.source(), fmt::format("{} in {} {} {}; it must be {}", sKey, m_sPlace, bWhole ? "is" : "holds",
+                                      tomlText(node), sWanted));
+}
+
+void TomlTable::failMissing(const std::string& sKey) const
+{
+    fail("", fmt::format("{} has no key {}; add it", m_sPlace, sKey));
+}
+
+void TomlTable::failAt(const toml::source_region& source, const std::string& sText) const
+{
+    if (source.path != nullptr && *source.path != m_sPath) {
+        throw ConfigurationError(*source.path + ": " + sText);
+    }
+    throw ConfigurationError::atColumn(m_sPath, source.begin.line, source.begin.column, sText);
 }

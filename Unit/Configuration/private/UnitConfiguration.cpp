@@ -9,26 +9,9 @@
 #include <algorithm>
 #include <filesystem>
 
-namespace
-{
-toml::table parse(const std::string& sPath)
-{
-    const std::string sText = readFileText(sPath);
-    try {
-        return toml::parse(sText, sPath);
-    }
-    catch (const toml::parse_error& error) {
-        // Where the encoding is wrong the parser tells the line of the block that it was reading, not the true one.
-        const bool bEncoding = error.description().find("utf-8") != std::string_view::npos;
-        throw ConfigurationError::atLine(sPath, bEncoding ? 0 : error.source().begin.line,
-                                         fmt::format("not valid TOML: {}", error.description()));
-    }
-}
-} // namespace
-
 UnitConfiguration loadUnitConfiguration(const std::string& sPath)
 {
-    const toml::table document = parse(sPath);
+    const toml::table document = parseToml(readFileText(sPath), sPath);
     UnitConfiguration configuration;
     configuration.sPath = sPath;
     configuration.sFolder = std::filesystem::path(sPath).parent_path().string();
