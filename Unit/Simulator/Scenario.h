@@ -46,7 +46,10 @@ struct DriveConfiguration
     bool bRepeat = false;      /**< begins anew at its end; otherwise its last row holds */
 };
 
-/** What a measure has to be for the scenario to have gone as expected. */
+/**
+ * What a measure has to be for the scenario to have gone as expected. Both bounds are NO_MEASURE where the run must not
+ * have the measure at all.
+ */
 struct MeasureBand
 {
     const RunMeasureKey* pMeasure;
