@@ -50,8 +50,9 @@ const char* handlerOperationName(EHandlerOperation eOperation);
 /** @return the operation of that name, if there is one */
 std::optional<EHandlerOperation> handlerOperationByName(const std::string& sName);
 
-/** @return the kind's name as people write it: "none", "fail", "fail-times", "stuck", "wrong-value" or "slow" */
+/** @return the kind's name as people write it: "none", "fail", "fail-times", "stuck", "wrong-value", "slow" or
+ * "intermittent" */
 const char* handlerFaultName(EHandlerFault eKind);
 
-/** @return the kind of that name, if there is one */
+/** @return the kind of that name, if there is one; "off" is another word for fail, "wrong" for wrong-value */
 std::optional<EHandlerFault> handlerFaultByName(const std::string& sName);

@@ -30,11 +30,18 @@ TEST(HandlerFault, NamesEveryKind)
                                                            {EHandlerFault::FailTimes, "fail-times"},
                                                            {EHandlerFault::Stuck, "stuck"},
                                                            {EHandlerFault::WrongValue, "wrong-value"},
-                                                           {EHandlerFault::Slow, "slow"}};
+                                                           {EHandlerFault::Slow, "slow"},
+                                                           {EHandlerFault::Intermittent, "intermittent"}};
     for (const auto& [eKind, pName] : kinds) {
         EXPECT_STREQ(handlerFaultName(eKind), pName);
         EXPECT_EQ(handlerFaultByName(pName), eKind);
     }
+}
+
+TEST(HandlerFault, KnowsOtherWordsForTwoKinds)
+{
+    EXPECT_EQ(handlerFaultByName("off"), EHandlerFault::Fail);
+    EXPECT_EQ(handlerFaultByName("wrong"), EHandlerFault::WrongValue);
 }
 
 TEST(HandlerFault, KnowsNoOtherNames)

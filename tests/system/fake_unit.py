@@ -37,7 +37,8 @@ OPC_LOG = {"Channel.12.TxOutputPowerControlLo": [
     {"ObjectName": "TxRfPowerSet", "ActualValue": 3995, "MinValue": -5, "MaxValue": 4000},
     {"ObjectName": "TxRfGainInitial", "ActualValue": -9900, "MinValue": -9900, "MaxValue": -9900}]}
 TRACE_LEVELS = {"Groups": [{"Group": "RQX.OPC", "Level": 1}, {"Group": "RQX.OPCL", "Level": 4}]}
-FAULTS = {"Faults": [{"Operation": "getPmeasured", "Kind": "slow", "Times": 1, "Value": 0, "DelayUs": 500}]}
+FAULTS = {"Faults": [{"Operation": "getPmeasured", "Kind": "slow", "Times": 1, "Value": 0, "DelayUs": 500,
+                      "Probability": 0.5}]}
 
 ANSWERS = {"Unit.Status": STATUS, "Unit.Gains": GAINS, "Unit.TraceLevels": TRACE_LEVELS, "Unit.Faults": FAULTS}
 LOG_READS = {"TI.ManageOPCTransientLog": TRANSIENT, "TI.ManageLogs": OPC_LOG}

@@ -46,6 +46,8 @@ SETTERS = (
      {"RadioChannelID": 0, "Operation": "getPmeasured", "Kind": "fail-times", "Times": 5}),
     ("fault set setOutputPower slow --delay-us 500 --value -3 --channel 1", "Unit.SetFault",
      {"RadioChannelID": 1, "Operation": "setOutputPower", "Kind": "slow", "Value": -3, "DelayUs": 500}),
+    ("fault set getPmeasured intermittent --probability 0.25", "Unit.SetFault",
+     {"RadioChannelID": 0, "Operation": "getPmeasured", "Kind": "intermittent", "Probability": 0.25}),
     ("fault clear getPmeasured", "Unit.SetFault",
      {"RadioChannelID": 0, "Operation": "getPmeasured", "Kind": "none"}),
 )

@@ -81,7 +81,8 @@ class Tables(OutputTestCase):
                 ("log opc read", "object,unit,actual,minimum,maximum\nTxRfPowerSet,dBm,39.95,-0.05,40.00\n"
                                  "TxRfGainInitial,dB,-99.00,-99.00,-99.00\n"),
                 ("trace level", "group,level\nRQX.OPC,1\nRQX.OPCL,4\n"),
-                ("fault list", "operation,kind,times,value,delay_us\ngetPmeasured,slow,1,0,500\n")):
+                ("fault list", "operation,kind,times,value,delay_us,probability\n"
+                               "getPmeasured,slow,1,0,500,0.5\n")):
             with self.subTest(arguments):
                 self.assert_well(self.ask(self.unit, *arguments.split(), "--csv", "-"), expected)
 

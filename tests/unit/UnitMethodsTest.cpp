@@ -246,7 +246,12 @@ const Refusal REFUSALS[] = {
     {"LevelTooHigh", "Unit.SetTraceLevel", member("Level", "<int>10</int>"),
      "4 eTI_E_FAILED, Unit.SetTraceLevel Level is 10; it can be 0 to 9"},
     {"NoSuchKind", "Unit.SetFault", SEVEN + member("Operation", "getPmeasured") + member("Kind", "odd"),
-     "4 eTI_E_FAILED, Unit.SetFault Kind is \"odd\"; it can be none, fail, fail-times, stuck, wrong-value, slow"},
+     "4 eTI_E_FAILED, Unit.SetFault Kind is \"odd\"; it can be none, fail, fail-times, stuck, wrong-value, slow, "
+     "intermittent"},
+    {"NoSuchProbability", "Unit.SetFault",
+     SEVEN + member("Operation", "getPmeasured") + member("Kind", "intermittent") +
+         member("Probability", "<double>1.5</double>"),
+     "4 eTI_E_FAILED, Unit.SetFault Probability is 1.5; it can be 0 to 1"},
     {"NoSimulatedHandler", "Unit.SetFault", SEVEN + member("Operation", "getPmeasured") + member("Kind", "fail"),
      "4 eTI_E_FAILED, Unit.SetFault the output power handler of radio channel 7 is not a simulated one"},
     {"NoTransientLog", "TI.ManageOPCTransientLog", SEVEN + member("RequestOption", "Read"),

@@ -54,5 +54,11 @@ const char* handlerFaultName(EHandlerFault eKind)
 
 std::optional<EHandlerFault> handlerFaultByName(const std::string& sName)
 {
+    if (sName == "off") {
+        return EHandlerFault::Fail;
+    }
+    if (sName == "wrong") {
+        return EHandlerFault::WrongValue;
+    }
     return valueOf<EHandlerFault>(FAULT_NAMES, sName);
 }

@@ -122,8 +122,8 @@ Table traceLevelTable(const ordered_json& answer)
 
 Table faultTable(const ordered_json& answer)
 {
-    return memberTable(arrayOf(answer, "Faults"), {"operation", "kind", "times", "value", "delay_us"},
-                       {"Operation", "Kind", "Times", "Value", "DelayUs"});
+    return memberTable(arrayOf(answer, "Faults"), {"operation", "kind", "times", "value", "delay_us", "probability"},
+                       {"Operation", "Kind", "Times", "Value", "DelayUs", "Probability"});
 }
 
 std::string faultText(const ordered_json& answer)

@@ -21,8 +21,8 @@ std::vector<std::string> operationNames()
 std::vector<std::string> faultNames()
 {
     std::vector<std::string> names;
-    names.reserve(static_cast<std::size_t>(EHandlerFault::Slow) + 1);
-    for (int nKind = 0; nKind <= static_cast<int>(EHandlerFault::Slow); ++nKind) {
+    names.reserve(static_cast<std::size_t>(EHandlerFault::Intermittent) + 1);
+    for (int nKind = 0; nKind <= static_cast<int>(EHandlerFault::Intermittent); ++nKind) {
         names.emplace_back(handlerFaultName(static_cast<EHandlerFault>(nKind)));
     }
     return names;
@@ -90,6 +90,8 @@ void addFaultSet(CLI::App& fault, std::vector<ControlLeaf>& leaves)
     onlyWholeNumbers(*pValue, "N");
     CLI::Option* pDelay = set.add_option("--delay-us", "slow: how long a call takes, in microseconds");
     onlyWholeNumbers(*pDelay, "N");
+    CLI::Option* pProbability = set.add_option("--probability", "intermittent: how likely a call fails, 0 to 1");
+    onlyNumbers(*pProbability, "NUMBER");
     leaves.push_back({&set, [=] {
                           ControlRequest request{
                               "Unit.SetFault",
@@ -100,6 +102,9 @@ void addFaultSet(CLI::App& fault, std::vector<ControlLeaf>& leaves)
                               if (pOption->count() > 0) {
                                   request.members[pMember] = wholeNumberOf(*pOption);
                               }
+                          }
+                          if (pProbability->count() > 0) {
+                              request.members["Probability"] = numberOf(*pProbability);
                           }
                           return request;
                       }});

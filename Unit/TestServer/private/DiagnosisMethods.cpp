@@ -77,8 +77,9 @@ HandlerFault readFault(const MethodCall& call)
     const std::string sKind = call.requiredText("Kind");
     const auto eKind = handlerFaultByName(sKind);
     if (!eKind) {
-        throw failure(call,
-                      fmt::format("Kind is \"{}\"; it can be none, fail, fail-times, stuck, wrong-value, slow", sKind));
+        throw failure(call, fmt::format("Kind is \"{}\"; it can be none, fail, fail-times, stuck, wrong-value, slow, "
+                                        "intermittent",
+                                        sKind));
     }
     HandlerFault fault;
     fault.eKind = *eKind;
@@ -91,12 +92,15 @@ HandlerFault readFault(const MethodCall& call)
     if (call.has("DelayUs")) {
         fault.delayUs = static_cast<unsigned int>(integerInRange(call, "DelayUs", 0, MAX_FAULT_DELAY_US));
     }
+    if (call.has("Probability")) {
+        fault.probability = numberInRange(call, "Probability", 0.0, 1.0);
+    }
     return fault;
 }
 
 XmlRpcValue setFault(const MethodCall& call, RegulationLoop& loop)
 {
-    call.allowOnly({CHANNEL, "Operation", "Kind", "Times", "Value", "DelayUs"});
+    call.allowOnly({CHANNEL, "Operation", "Kind", "Times", "Value", "DelayUs", "Probability"});
     const std::string sOperation = call.requiredText("Operation");
     const auto eOperation = handlerOperationByName(sOperation);
     if (!eOperation) {
@@ -132,6 +136,7 @@ XmlRpcValue faults(const MethodCall& call, RegulationLoop& loop)
         addXmlRpcValue(entry.get(), makeXmlRpcInt("Times", static_cast<int>(fault.nTimes)));
         addXmlRpcValue(entry.get(), makeXmlRpcInt("Value", fault.nValue));
         addXmlRpcValue(entry.get(), makeXmlRpcInt("DelayUs", static_cast<int>(fault.delayUs)));
+        addXmlRpcValue(entry.get(), makeXmlRpcDouble("Probability", fault.probability));
         addXmlRpcValue(list.get(), std::move(entry));
     }
     XmlRpcValue response = makeXmlRpcStruct(nullptr);
@@ -153,8 +158,10 @@ void addDiagnosisMethods(MethodTable& table, RegulationLoop& loop)
         setTraceLevel);
     add("Unit.SetFault",
         "Sets a fault of the simulated output power handler. Operation (string), such as getPmeasured. Kind (string): "
-        "none, fail, fail-times, stuck, wrong-value or slow. Times (int): how many calls fail. Value (int): what is "
-        "read, powers in hundredths of a decibel. DelayUs (int). RadioChannelID (int): 0 when left out.",
+        "none, fail, fail-times, stuck, wrong-value, slow or intermittent. Times (int): how many calls fail. Value "
+        "(int): what is "
+        "read, powers in hundredths of a decibel. DelayUs (int). Probability (double): 0 to 1. RadioChannelID (int): 0 "
+        "when left out.",
         setFault);
     add("Unit.Faults",
         "Returns the faults that the simulated output power handler was given and that were not cleared. "
