@@ -1,6 +1,7 @@
 #include "Unit/Simulator/private/RunEngine.h"
 
 #include "Platform/ConfigurationError.h"
+#include "Platform/EAFResult.h"
 #include "Simulation/Handlers/ISimulatedTransmitter.h"
 #include "Unit/Simulator/private/VirtualTime.h"
 
@@ -11,6 +12,9 @@
 
 namespace
 {
+/** Production test may go this far beyond the transmitter's upper limit. */
+constexpr double PRODUCTION_TEST_MARGIN_DB = 20.0;
+
 /** @return the scenario with nothing but what a run in virtual time is to have */
 Scenario prepared(const Scenario& scenario, int nTraceLevel)
 {
@@ -33,7 +37,7 @@ RunEngine::RunEngine(const Scenario& scenario, int nTraceLevel)
       m_faults(m_scenario.unit.faults), m_process(m_scenario.unit),
       m_deadlines(0, m_scenario.unit.intervalMs * NS_PER_MS),
       m_nTotalSteps(deadlinesWithin(m_scenario.durationSeconds, m_deadlines.intervalNs())), m_step{},
-      m_warnedOf(m_scenario.events.size())
+      m_meter(m_scenario.measures, m_deadlines.intervalNs() / NS_PER_US), m_warnedOf(m_scenario.events.size())
 {
     start();
 }
@@ -90,8 +94,9 @@ void RunEngine::step(IStepReceiver* pReceiver)
         static_cast<std::uint32_t>(std::min<std::uint64_t>(nDelayUs, std::numeric_limits<std::uint32_t>::max()));
     m_nOverruns += m_deadlines.advance(nNowNs + static_cast<std::int64_t>(nDelayUs) * NS_PER_US);
     m_simulatedSeconds = toSeconds(m_deadlines.deadlineNs() - nNowNs);
+    fill(m_step);
+    measure(m_step);
     if (pReceiver != nullptr) {
-        fill(m_step);
         pReceiver->onStep(m_step);
     }
 }
@@ -104,6 +109,24 @@ void RunEngine::fill(VirtualStep& step) const
     step.nUpperClamp = limits.nUpper;
 }
 
+void RunEngine::measure(const VirtualStep& step)
+{
+    const StepSample& sample = step.sample;
+    const double marginDb = m_pChannel->configuration().bProductionTest ? PRODUCTION_TEST_MARGIN_DB : 0.0;
+    m_meter.add({.nTimeUs = static_cast<std::int64_t>(sample.nTimeUs),
+                 .eStateBefore = static_cast<EOPCState>(sample.nStateBefore),
+                 .eState = static_cast<EOPCState>(sample.nState),
+                 .bFailed = EAF_isFailure(sample.nResult),
+                 .nRequested = sample.nRequestedPower,
+                 .nPtarget = sample.nPtarget,
+                 .nPctrl = sample.nPctrl,
+                 .nLowerClamp = step.nLowerClamp,
+                 .nUpperClamp = step.nUpperClamp,
+                 .nDetectorState = sample.nDetectorState,
+                 .outputPowerDbm = step.outputPowerDbm,
+                 .highestAllowedDbm = m_timeline.transmitter().maxPowerDbm + marginDb});
+}
+
 void RunEngine::setFaults(std::int64_t nNowNs)
 {
     m_faults.forEachDue(toSeconds(nNowNs),
@@ -112,7 +135,7 @@ void RunEngine::setFaults(std::int64_t nNowNs)
 
 RunMeasures RunEngine::measures() const
 {
-    RunMeasures measures;
+    RunMeasures measures = m_meter.measures();
     const ChannelStatistics& statistics = m_pChannel->statistics();
     measures.steps = static_cast<double>(statistics.nSteps);
     measures.failedSteps = static_cast<double>(statistics.nFailedSteps);

@@ -3,6 +3,7 @@
  */
 #pragma once
 
+#include "Simulation/Scenario/RunMeter.h"
 #include "Unit/Clock/DeadlineSchedule.h"
 #include "Unit/Process/FaultSchedule.h"
 #include "Unit/Process/NotifiedTemperature.h"
@@ -43,6 +44,7 @@ private:
     void setFaults(std::int64_t nNowNs);
     void judge(long nResult, const EventQueue::Due& due, const char* pWhat);
     void fill(VirtualStep& step) const;
+    void measure(const VirtualStep& step);
 
     Scenario m_scenario;
     Timeline m_timeline;
@@ -57,6 +59,7 @@ private:
     double m_simulatedSeconds = 0.0; // between the last deadline and this one
     std::uint64_t m_nOverruns = 0;
     VirtualStep m_step;
+    RunMeter m_meter;
     std::vector<bool> m_warnedOf; // by event
     std::vector<std::string> m_warnings;
 };
