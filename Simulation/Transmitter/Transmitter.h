@@ -56,7 +56,17 @@ public:
     double readDetectorDbm();
 
 private:
+    void derive();
+    double compressedDbm(double linearDbm) const;
+
     TransmitterParameters m_parameters;
+
+    // What follows from the parameters, so that a step need not find it out again.
+    unsigned int m_nAmplifiers = 0;
+    double m_saturatedDbm = 0.0;
+    double m_sharpness = 0.0; // natural logarithm of power per decibel beyond saturation
+    double m_floorDbm = 0.0;
+
     double m_knownChainGainDb; // what the gain setting goes by
     double m_controlPowerDbm;
     std::mt19937_64 m_random;
@@ -66,4 +76,6 @@ private:
     double m_ambientDegrees = 25.0;
     double m_selfHeatingDegrees = 0.0;
     double m_frequencyMhz;
+    double m_decaySeconds = 0.0; // that m_decay is for
+    double m_decay = 0.0;        // share of the way to the final warmth
 };

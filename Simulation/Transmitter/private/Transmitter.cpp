@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <numbers>
 
 namespace
 {
@@ -15,21 +16,20 @@ double quantised(double value, double step)
     return step > 0.0 ? std::round(value / step) * step : value;
 }
 
-/** @return the sum of two powers in dBm, either of which may be -infinity */
-double powerSumDbm(double a, double b)
+constexpr double LOG_PER_DB = std::numbers::ln10 / 10.0; // natural logarithm of a power ratio of one decibel
+/** exp() of less is lost beside 1 in a double. */
+constexpr double NOTHING = -37.0;
+
+/** @return the natural logarithm of 1 + exp(x), for x of 0 and less */
+double log1pExp(double x)
 {
-    const double larger = std::max(a, b);
-    const double smaller = std::min(a, b);
-    return larger + 10.0 * std::log10(1.0 + std::pow(10.0, (smaller - larger) / 10.0));
+    return x < NOTHING ? 0.0 : std::log1p(std::exp(x));
 }
 
-/** Rapp's amplifier: linear far below saturation, approaching it from below. */
-double compressedDbm(double linearDbm, double saturatedDbm, double p)
+/** @return the sum of two powers in dBm, one of which may be -infinity */
+double powerSumDbm(double a, double b)
 {
-    const double exponent = (linearDbm - saturatedDbm) * 2.0 * p / 20.0;
-    // Written around the larger term, so that an extreme overdrive ends at saturation instead of overflowing.
-    const double ceilingDbm = std::min(linearDbm, saturatedDbm);
-    return ceilingDbm - 20.0 / (2.0 * p) * std::log10(1.0 + std::pow(10.0, -std::abs(exponent)));
+    return std::max(a, b) + log1pExp(-std::abs(a - b) * LOG_PER_DB) / LOG_PER_DB;
 }
 } // namespace
 
@@ -37,30 +37,40 @@ Transmitter::Transmitter(const TransmitterParameters& parameters, std::uint64_t 
     : m_parameters(parameters), m_knownChainGainDb(parameters.chainGainDb), m_controlPowerDbm(parameters.minPowerDbm),
       m_random(nSeed), m_noise(0.0, 1.0), m_frequencyMhz(parameters.referenceFrequencyMhz)
 {
+    derive();
     setControlPowerDbm(parameters.minPowerDbm);
+}
+
+void Transmitter::derive()
+{
+    m_nAmplifiers =
+        static_cast<unsigned int>(std::clamp(std::round(m_parameters.amplifierCount), 0.0, double{MAX_AMPLIFIERS}));
+    m_saturatedDbm = m_parameters.maxPowerDbm + m_parameters.psatAboveMaxDb;
+    m_sharpness = m_parameters.rappP * LOG_PER_DB;
+    m_floorDbm = m_parameters.maxPowerDbm - m_parameters.detectorFloorBelowMaxDb;
+    m_decaySeconds = 0.0;
 }
 
 void Transmitter::change(const TransmitterParameters& parameters)
 {
     m_parameters = parameters;
+    derive();
     setControlPowerDbm(m_controlPowerDbm);
 }
 
 void Transmitter::setControlPowerDbm(double controlPowerDbm)
 {
     m_controlPowerDbm = controlPowerDbm;
-    const auto nAmplifiers =
-        static_cast<unsigned int>(std::clamp(std::round(m_parameters.amplifierCount), 0.0, double{MAX_AMPLIFIERS}));
     const double reductionDb = quantised(m_parameters.maxPowerDbm - controlPowerDbm, m_parameters.actuatorStepDb);
 
     double perAmplifierDb = 0.0;
-    if (nAmplifiers > 0) {
-        perAmplifierDb = std::clamp(reductionDb / nAmplifiers, 0.0, m_parameters.maxReductionPerAmplifierDb);
+    if (m_nAmplifiers > 0) {
+        perAmplifierDb = std::clamp(reductionDb / m_nAmplifiers, 0.0, m_parameters.maxReductionPerAmplifierDb);
     }
     m_setting.gainReductionDb.fill(0.0);
-    std::fill_n(m_setting.gainReductionDb.begin(), nAmplifiers, perAmplifierDb);
+    std::fill_n(m_setting.gainReductionDb.begin(), m_nAmplifiers, perAmplifierDb);
 
-    const double takenDb = perAmplifierDb * nAmplifiers;
+    const double takenDb = perAmplifierDb * m_nAmplifiers;
     m_setting.rfGainDb = m_parameters.chainGainDb - takenDb;
     // What the amplifiers could not take; negative above the upper limit, where the IF power has to rise.
     m_setting.ifPowerDbm = m_parameters.maxPowerDbm - m_knownChainGainDb - (reductionDb - takenDb);
@@ -73,7 +83,11 @@ void Transmitter::advance(double seconds)
     }
     const double goal = m_bRadiating ? m_parameters.selfHeatingDegrees : 0.0;
     if (m_parameters.selfHeatingSeconds > 0.0) {
-        m_selfHeatingDegrees += (goal - m_selfHeatingDegrees) * -std::expm1(-seconds / m_parameters.selfHeatingSeconds);
+        if (seconds != m_decaySeconds) {
+            m_decaySeconds = seconds;
+            m_decay = -std::expm1(-seconds / m_parameters.selfHeatingSeconds);
+        }
+        m_selfHeatingDegrees += (goal - m_selfHeatingDegrees) * m_decay;
     }
     else {
         m_selfHeatingDegrees = goal;
@@ -89,14 +103,21 @@ double Transmitter::outputPowerDbm() const
     const double slopeDb =
         m_parameters.gainPerGhzDb * (m_frequencyMhz - m_parameters.referenceFrequencyMhz) / MHZ_PER_GHZ;
     const double linearDbm = m_setting.ifPowerDbm + m_setting.rfGainDb + driftDb + slopeDb;
-    return compressedDbm(linearDbm, m_parameters.maxPowerDbm + m_parameters.psatAboveMaxDb, m_parameters.rappP);
+    return compressedDbm(linearDbm);
+}
+
+/** Rapp's amplifier: linear far below saturation, approaching it from below. */
+double Transmitter::compressedDbm(double linearDbm) const
+{
+    // Written around the larger term, so that an extreme overdrive ends at saturation instead of overflowing.
+    return std::min(linearDbm, m_saturatedDbm) -
+           log1pExp(-std::abs(linearDbm - m_saturatedDbm) * m_sharpness) / m_sharpness;
 }
 
 double Transmitter::readDetectorDbm()
 {
-    const double floorDbm = m_parameters.maxPowerDbm - m_parameters.detectorFloorBelowMaxDb;
     const double errorDb = m_parameters.detectorOffsetDb +
                            m_parameters.detectorDriftPerDegreeDb * (amplifierDegrees() - REFERENCE_DEGREES) +
                            m_parameters.detectorNoiseDb * m_noise(m_random);
-    return quantised(powerSumDbm(outputPowerDbm(), floorDbm) + errorDb, m_parameters.detectorStepDb);
+    return quantised(powerSumDbm(outputPowerDbm(), m_floorDbm) + errorDb, m_parameters.detectorStepDb);
 }
