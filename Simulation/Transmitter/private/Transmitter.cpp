@@ -1,5 +1,7 @@
 #include "Simulation/Transmitter/Transmitter.h"
 
+#include "Simulation/Transmitter/RappAmplifier.h"
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -112,6 +114,7 @@ double Transmitter::compressedDbm(double linearDbm) const
     // Written around the larger term, so that an extreme overdrive ends at saturation instead of overflowing.
     return std::min(linearDbm, m_saturatedDbm) -
            log1pExp(-std::abs(linearDbm - m_saturatedDbm) * m_sharpness) / m_sharpness;
+    return rappOutputDbm(linearDbm, m_parameters.maxPowerDbm + m_parameters.psatAboveMaxDb, m_parameters.rappP);
 }
 
 double Transmitter::readDetectorDbm()
