@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -28,6 +29,13 @@ public:
 
     const std::string& path() const { return m_sPath; }
     const std::vector<CsvRow>& rows() const { return m_rows; }
+
+    /**
+     * Finds a column by its name in the first row.
+     * @return its index, from 0; none when the first row does not have it, or there is no row
+     * @throws ConfigurationError when it is there twice
+     */
+    std::optional<std::size_t> column(const std::string& sName) const;
 
     /**
      * Reads a field as a number.

@@ -57,6 +57,27 @@ TEST(CsvFile, ReadsQuotedFields)
     EXPECT_EQ(file.rows()[2].nLine, 4U);
 }
 
+TEST(CsvFile, FindsColumnsByTheirNames)
+{
+    const TestFile content("# sweep\ntime, power ,Power\n1,2,3\n");
+    const CsvFile file(content.path());
+    EXPECT_EQ(file.column("time"), 0U);
+    EXPECT_EQ(file.column("power"), 1U);
+    EXPECT_EQ(file.column("Power"), 2U);
+    EXPECT_EQ(file.column("1"), std::nullopt);
+    const TestFile nothing("");
+    EXPECT_EQ(CsvFile(nothing.path()).column("time"), std::nullopt);
+}
+
+TEST(CsvFile, RefusesAColumnThatIsThereTwice)
+{
+    const TestFile content("\npower,time,power\n1,2,3\n");
+    const CsvFile file(content.path());
+    EXPECT_EQ(file.column("time"), 1U);
+    EXPECT_EQ(errorOf([&file] { file.column("power"); }),
+              content.path() + ":2: column power is there twice; take one of them out");
+}
+
 TEST(CsvFile, ReadsFilesWithoutRows)
 {
     for (const char* const pContent : {"", "\n\n", "# nothing", "\xEF\xBB\xBF", " \t"}) {

@@ -4,6 +4,7 @@
 #include "Platform/Csv/private/CsvReader.h"
 #include "Platform/FileText.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <system_error>
@@ -46,6 +47,23 @@ CsvFile::CsvFile(std::string sPath) : m_sPath(std::move(sPath))
 {
     const std::string sText = readFileText(m_sPath);
     m_rows = CsvReader(m_sPath).read(sText);
+}
+
+std::optional<std::size_t> CsvFile::column(const std::string& sName) const
+{
+    if (m_rows.empty()) {
+        return std::nullopt;
+    }
+    const CsvRow& header = m_rows.front();
+    const auto first = std::find(header.fields.begin(), header.fields.end(), sName);
+    if (first == header.fields.end()) {
+        return std::nullopt;
+    }
+    if (std::find(first + 1, header.fields.end(), sName) != header.fields.end()) {
+        throw ConfigurationError::atLine(m_sPath, header.nLine,
+                                         "column " + sName + " is there twice; take one of them out");
+    }
+    return static_cast<std::size_t>(first - header.fields.begin());
 }
 
 double CsvFile::number(const CsvRow& row, std::size_t nColumn) const
