@@ -12,21 +12,6 @@ const char* const POWER_COLUMN = "requested_power_dBm";
 const char* const TEMPERATURE_COLUMN = "temperature_C";
 const char* const FREQUENCY_COLUMN = "frequency_MHz";
 
-/** @return the column's index, if the header row has it */
-std::optional<std::size_t> findColumn(const CsvFile& file, const char* pName)
-{
-    const CsvRow& header = file.rows().front();
-    const auto first = std::find(header.fields.begin(), header.fields.end(), pName);
-    if (first == header.fields.end()) {
-        return std::nullopt;
-    }
-    if (std::find(first + 1, header.fields.end(), pName) != header.fields.end()) {
-        throw ConfigurationError::atLine(file.path(), header.nLine,
-                                         std::string("column ") + pName + " is there twice; take one of them out");
-    }
-    return static_cast<std::size_t>(first - header.fields.begin());
-}
-
 double readNumber(const CsvFile& file, const CsvRow& row, std::size_t nColumn, const char* pName)
 {
     try {
@@ -41,7 +26,7 @@ double readNumber(const CsvFile& file, const CsvRow& row, std::size_t nColumn, c
 std::vector<double> readColumn(const CsvFile& file, const char* pName)
 {
     std::vector<double> values;
-    if (const std::optional<std::size_t> nColumn = findColumn(file, pName)) {
+    if (const std::optional<std::size_t> nColumn = file.column(pName)) {
         values.reserve(file.rows().size() - 1);
         for (auto row = file.rows().begin() + 1; row != file.rows().end(); ++row) {
             values.push_back(readNumber(file, *row, *nColumn, pName));
@@ -58,13 +43,12 @@ void checkRows(const CsvFile& file)
                                              TIME_COLUMN + " and the columns to use");
     }
     const CsvRow& header = file.rows().front();
-    if (!findColumn(file, TIME_COLUMN)) {
+    if (!file.column(TIME_COLUMN)) {
         throw ConfigurationError::atLine(file.path(), header.nLine,
                                          std::string("the header row has no column ") + TIME_COLUMN + ", it begins \"" +
                                              header.fields.front() + "\"; name the columns in the first row");
     }
-    if (!findColumn(file, POWER_COLUMN) && !findColumn(file, TEMPERATURE_COLUMN) && !findColumn(file, FREQUENCY_COLUMN))
-    {
+    if (!file.column(POWER_COLUMN) && !file.column(TEMPERATURE_COLUMN) && !file.column(FREQUENCY_COLUMN)) {
         throw ConfigurationError::atLine(file.path(), header.nLine,
                                          std::string("the header row names no column to use; add ") + POWER_COLUMN +
                                              ", " + TEMPERATURE_COLUMN + " or " + FREQUENCY_COLUMN);
@@ -84,7 +68,7 @@ void checkAscending(const CsvFile& file, const std::vector<double>& seconds)
     }
     const auto nRow = static_cast<std::size_t>(late - seconds.begin()) + 2; // the later one, after the header row
     const CsvRow& row = file.rows()[nRow];
-    const std::size_t nColumn = *findColumn(file, TIME_COLUMN);
+    const std::size_t nColumn = *file.column(TIME_COLUMN);
     throw ConfigurationError::atLine(file.path(), row.nLine,
                                      std::string("column ") + TIME_COLUMN + " reads \"" + row.fields[nColumn] +
                                          "\" after \"" + file.rows()[nRow - 1].fields[nColumn] +
