@@ -178,6 +178,16 @@ TEST(AmplifierFit, InventsNoSaturationForASweepThatDoesNotCompress)
     }
 }
 
+TEST(AmplifierFit, SaysThatASweepWhoseGainRisesDoesNotCompress)
+{
+    std::vector<AmplifierPoint> points;
+    points.reserve(23);
+    for (int nPoint = 0; nPoint < 23; ++nPoint) {
+        points.push_back({-30.0 + nPoint, 2.5 + 1.01 * nPoint});
+    }
+    EXPECT_THAT(refusalOf(points), testing::HasSubstr("compresses by 0.0"));
+}
+
 TEST(AmplifierFit, InventsNoSaturationFromOnePower)
 {
     EXPECT_THAT(refusalOf(std::vector<AmplifierPoint>(10, {0.0, 30.0})), testing::HasSubstr("saturated power open"));
@@ -186,6 +196,7 @@ TEST(AmplifierFit, InventsNoSaturationFromOnePower)
 TEST(AmplifierFit, InventsNoSmoothnessForALimiter)
 {
     std::vector<AmplifierPoint> points;
+    points.reserve(30);
     for (int nPoint = 0; nPoint < 30; ++nPoint) {
         points.push_back({-20.0 + nPoint, std::min(10.0 + nPoint, 33.5)});
     }
@@ -195,6 +206,7 @@ TEST(AmplifierFit, InventsNoSmoothnessForALimiter)
 TEST(AmplifierFit, RefusesPointsThatNoAmplifierGives)
 {
     std::vector<AmplifierPoint> falling;
+    falling.reserve(20);
     for (int nPoint = 0; nPoint < 20; ++nPoint) {
         falling.push_back({static_cast<double>(nPoint), -3.0 * nPoint});
     }

@@ -145,26 +145,36 @@ Solution solveFromSeveralStarts(const std::vector<AmplifierPoint>& points)
     Solution best;
     for (const double p : {1.0, 3.0, 10.0}) {
         const Solution solution = solve(points, startingValues(points, p));
-        if (solution.bConverged && solution.sumOfSquares < best.sumOfSquares) {
+        if (solution.sumOfSquares < best.sumOfSquares) {
             best = solution;
         }
     }
     return best;
 }
 
+/** @return how much more the curve compresses at the strongest point than at the weakest; a very soft one does anywhere
+ */
+double compressionOver(const std::vector<AmplifierPoint>& points, const Parameters& values)
+{
+    const auto [weakest, strongest] =
+        std::minmax_element(points.begin(), points.end(),
+                            [](const AmplifierPoint& a, const AmplifierPoint& b) { return a.inputDbm < b.inputDbm; });
+    const auto compressionAt = [&values](double inputDbm) {
+        return inputDbm + values[eGAIN] - modelDbm(values.data(), inputDbm);
+    };
+    return compressionAt(strongest->inputDbm) - compressionAt(weakest->inputDbm);
+}
+
 void checkSolution(const std::vector<AmplifierPoint>& points, const Solution& solution)
 {
-    if (!solution.bConverged) {
-        throw AmplifierFitError("is not followed by any amplifier of this kind: the fit does not converge");
-    }
-    double compressionDb = 0.0;
-    for (const AmplifierPoint& point : points) {
-        compressionDb = std::max(compressionDb, point.inputDbm + solution.values[eGAIN] -
-                                                    modelDbm(solution.values.data(), point.inputDbm));
-    }
-    if (compressionDb < LEAST_COMPRESSION_DB) {
+    const double compressionDb = compressionOver(points, solution.values);
+    // First: without compression the saturated power runs away, and the solver with it.
+    if (std::isfinite(solution.sumOfSquares) && compressionDb < LEAST_COMPRESSION_DB) {
         throw AmplifierFitError("compresses by " + text(compressionDb) + " dB only, which leaves the saturated power " +
                                 "open; measure on until it has compressed by 1 dB or more");
+    }
+    if (!solution.bConverged) {
+        throw AmplifierFitError("is not followed by any amplifier of this kind: the fit does not converge");
     }
     if (solution.saturatedErrorDb > LARGEST_SATURATION_ERROR_DB) {
         throw AmplifierFitError("leaves the saturated power open (standard error " +
