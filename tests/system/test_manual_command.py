@@ -43,7 +43,7 @@ def options_in(text):
 def arguments_in(text):
     """Returns the arguments of a command's line, with the brackets of those that may be left out."""
     without_options = re.sub(r"\[--[^\]]*\]", "", text)
-    return re.findall(r"\[?[A-Z]+\]?(?= |$)|\[unit\.toml\]", without_options)
+    return re.findall(r"\[?[A-Z]+(?:\.[a-z]+)?\]?(?= |$)|\[unit\.toml\]", without_options)
 
 
 class CommandManual(UnitTestCase):
@@ -82,7 +82,8 @@ class CommandManual(UnitTestCase):
 
     def test_the_options_of_run_ctl_and_of_the_program_are_described(self):
         by_path = {helped.path: helped for helped in self.help.all()}
-        for heading, path in (("DESCRIPTION", ()), ("OPC RUN", ("run",)), ("OPC CTL", ("ctl",))):
+        for heading, path in (("DESCRIPTION", ()), ("OPC RUN", ("run",)), ("OPC CTL", ("ctl",)),
+                              ("OPC FIT-AMPLIFIER", ("fit-amplifier",))):
             with self.subTest(heading):
                 described = set()
                 for name in manual.entries(self.sections[heading]):
@@ -107,12 +108,18 @@ class CommandManual(UnitTestCase):
         for heading, option, *arguments in (("OPC RUN", "--duration SECONDS", "run", "--duration", "0"),
                                             ("OPC RUN", "--speed N", "run", "--speed", "0"),
                                             ("OPC RUN", "--start SECONDS", "run", "--start", "-1"),
+                                            ("OPC FIT-AMPLIFIER", "--frequency MHZ", "fit-amplifier", "a.csv",
+                                             "--frequency", "-1"),
+                                            ("OPC FIT-AMPLIFIER", "--supply V", "fit-amplifier", "a.csv",
+                                             "--supply", "20000"),
+                                            ("OPC FIT-AMPLIFIER", "--max-power DBM", "fit-amplifier", "a.csv",
+                                             "--max-power", "70"),
                                             ("OPC CTL", "--timeout SECONDS", "ctl", "status", "--timeout", "0"),
                                             ("OPC CTL", "--watch [SECONDS]", "ctl", "status", "--watch", "0")):
             with self.subTest(option):
                 result = self.run_program(*arguments)
                 self.assertEqual(result.returncode, 2)
-                bounds = re.findall(r"[\d.]+", result.stderr.partition('" is not ')[2].partition(";")[0])
+                bounds = re.findall(r"-?[\d.]+", result.stderr.partition('" is not ')[2].partition(";")[0])
                 described = manual.entries(self.sections[heading])[option]
                 self.assertEqual(len(bounds), 2, result.stderr)
                 for bound in bounds:

@@ -3,17 +3,17 @@
 #include "Platform/ConfigurationError.h"
 #include "Unit/Client/ControlCommand.h"
 #include "Unit/CommandLine/Completion.h"
+#include "Unit/CommandLine/FitCommand.h"
 #include "Unit/CommandLine/RunCommand.h"
+#include "Unit/CommandLine/private/NumberRange.h"
 #include "Unit/Process/Installation.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
-#include <cmath>
 #include <cstdio>
 #include <exception>
 #include <filesystem>
-#include <limits>
 #include <string>
 #include <vector>
 
@@ -33,22 +33,6 @@ constexpr const char* EXAMPLES = "Examples:\n"
                                  "\n"
                                  "Exit codes: 0 well, 1 something failed, 2 a wrong argument or file, 3 (ctl) no unit "
                                  "answered.";
-
-/** Takes a number in a range with open or closed lower end; CLI11's own range lets not-a-number pass. */
-CLI::Validator numberRange(double lower, bool bLowerIncluded, double upper)
-{
-    return CLI::Validator(
-        [=](const std::string& sText) {
-            double value = std::numeric_limits<double>::quiet_NaN();
-            const bool bNumber = CLI::detail::lexical_cast(sText, value);
-            const bool bAboveLower = bLowerIncluded ? value >= lower : value > lower;
-            return bNumber && bAboveLower && value <= upper
-                       ? std::string()
-                       : fmt::format("\"{}\" is not a number {} {} and at most {}", sText,
-                                     bLowerIncluded ? "of at least" : "greater than", lower, upper);
-        },
-        "");
-}
 
 void addRun(CLI::App& app, RunOptions& options)
 {
@@ -177,6 +161,7 @@ int parseAndCarryOut(int nArguments, const char* const* ppArguments)
     RunOptions options;
     addRun(app, options);
     const ControlCommand control(app);
+    const FitCommand fit(app);
     const CLI::App* pCompletion = addCompletion(app);
     try {
         app.parse(nArguments, ppArguments);
@@ -190,6 +175,9 @@ int parseAndCarryOut(int nArguments, const char* const* ppArguments)
     }
     catch (const CLI::ParseError& error) {
         throw ConfigurationError(usageText(app, error));
+    }
+    if (fit.parsed()) {
+        return fit.run();
     }
     if (pCompletion->parsed()) {
         fmt::print("{}", bashCompletion(app));

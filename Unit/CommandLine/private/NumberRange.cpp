@@ -1,0 +1,20 @@
+#include "Unit/CommandLine/private/NumberRange.h"
+
+#include <fmt/format.h>
+
+#include <limits>
+
+CLI::Validator numberRange(double lower, bool bLowerIncluded, double upper)
+{
+    return CLI::Validator(
+        [=](const std::string& sText) {
+            double value = std::numeric_limits<double>::quiet_NaN();
+            const bool bNumber = CLI::detail::lexical_cast(sText, value);
+            const bool bAboveLower = bLowerIncluded ? value >= lower : value > lower;
+            return bNumber && bAboveLower && value <= upper
+                       ? std::string()
+                       : fmt::format("\"{}\" is not a number {} {} and at most {}", sText,
+                                     bLowerIncluded ? "of at least" : "greater than", lower, upper);
+        },
+        "");
+}
