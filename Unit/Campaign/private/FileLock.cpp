@@ -22,14 +22,6 @@ struct flock lockOf(short nType)
     lock.l_len = 1;
     return lock;
 }
-
-std::string holderOf(int fd)
-{
-    struct flock lock = lockOf(F_WRLCK);
-    return fcntl(fd, F_GETLK, &lock) == 0 && lock.l_type != F_UNLCK && lock.l_pid > 0
-               ? fmt::format(" (process {})", lock.l_pid)
-               : std::string();
-}
 } // namespace
 
 FileLock::FileLock(const std::string& sPath) : m_fd(open(sPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, READ_AND_WRITE))
@@ -39,17 +31,15 @@ FileLock::FileLock(const std::string& sPath) : m_fd(open(sPath.c_str(), O_RDWR |
             fmt::format("{}: cannot be written: {}; name another file with --results", sPath, std::strerror(errno)));
     }
     const struct flock lock = lockOf(F_WRLCK);
-    if (fcntl(m_fd, F_SETLK, &lock) == 0) {
+    if (fcntl(m_fd, F_OFD_SETLK, &lock) == 0) {
         return;
     }
     const int nError = errno;
-    const std::string sHolder = holderOf(m_fd);
     (void)close(m_fd);
     if (nError == EACCES || nError == EAGAIN) {
-        throw std::runtime_error(
-            fmt::format("{}: another process{} is at work on it; wait for its end, or name another "
-                        "file with --results",
-                        sPath, sHolder));
+        throw std::runtime_error(fmt::format("{}: another process is at work on it; wait for its end, or name another "
+                                             "file with --results",
+                                             sPath));
     }
     throw std::runtime_error(fmt::format("{}: cannot be locked: {}", sPath, std::strerror(nError)));
 }

@@ -6,8 +6,9 @@
 #include <string>
 
 /**
- * A file's lock for as long as this stands; makes the file where there is none. It lies far behind the bytes that
- * SQLite locks. Forked processes do not have it.
+ * A file's lock for as long as this stands; makes the file where there is none. It belongs to this opening of the file:
+ * SQLite, which gives up all locks of the process on the file at once, leaves it alone. A forked process has it too
+ * until it closes what it inherited.
  */
 class FileLock
 {

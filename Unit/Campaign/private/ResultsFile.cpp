@@ -109,6 +109,7 @@ public:
     void add(const std::vector<ResultRow>& rows)
     {
         SQLite::Transaction transaction(m_database, SQLite::TransactionBehavior::IMMEDIATE);
+        (void)m_insert->tryReset(); // it may have failed the last time
         for (const ResultRow& row : rows) {
             bindRun(*m_insert, row);
             m_insert->exec();

@@ -125,14 +125,18 @@ void countGrid(const TomlTable& root, SweepDefinition& definition)
 
 std::string contentsOf(const std::string& sPath)
 {
+    const auto fail = [&sPath](const char* pReason) {
+        throw ConfigurationError(fmt::format("{}: cannot be read: {}; name a sweep file", sPath, pReason));
+    };
+    if (std::filesystem::is_directory(sPath)) {
+        fail("it is a folder");
+    }
     errno = 0;
     std::ifstream stream(sPath, std::ios::binary);
-    std::string sText{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
-    if (!stream || std::filesystem::is_directory(sPath)) {
-        throw ConfigurationError(fmt::format("{}: cannot be read: {}; name a sweep file", sPath,
-                                             errno == 0 ? "it is no file" : std::strerror(errno)));
+    if (!stream) {
+        fail(std::strerror(errno));
     }
-    return sText;
+    return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
 }
 } // namespace
 
