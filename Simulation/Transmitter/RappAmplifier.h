@@ -3,6 +3,8 @@
  */
 #pragma once
 
+#include "Simulation/Transmitter/Decibels.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -14,8 +16,7 @@
  */
 inline double rappOutputDbm(double linearDbm, double saturatedDbm, double p)
 {
-    const double exponent = (linearDbm - saturatedDbm) * 2.0 * p / 20.0;
     // Written around the larger term, so that an extreme overdrive ends at saturation instead of overflowing.
-    const double ceilingDbm = std::min(linearDbm, saturatedDbm);
-    return ceilingDbm - 20.0 / (2.0 * p) * std::log10(1.0 + std::pow(10.0, -std::abs(exponent)));
+    const double sharpness = p * LOG_PER_DB;
+    return std::min(linearDbm, saturatedDbm) - log1pExp(-std::abs(linearDbm - saturatedDbm) * sharpness) / sharpness;
 }

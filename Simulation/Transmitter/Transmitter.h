@@ -57,14 +57,12 @@ public:
 
 private:
     void derive();
-    double compressedDbm(double linearDbm) const;
 
     TransmitterParameters m_parameters;
 
     // What follows from the parameters, so that a step need not find it out again.
     unsigned int m_nAmplifiers = 0;
     double m_saturatedDbm = 0.0;
-    double m_sharpness = 0.0; // natural logarithm of power per decibel beyond saturation
     double m_floorDbm = 0.0;
 
     double m_knownChainGainDb; // what the gain setting goes by

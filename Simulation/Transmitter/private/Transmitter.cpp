@@ -1,11 +1,11 @@
 #include "Simulation/Transmitter/Transmitter.h"
 
+#include "Simulation/Transmitter/Decibels.h"
 #include "Simulation/Transmitter/RappAmplifier.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <numbers>
 
 namespace
 {
@@ -16,22 +16,6 @@ constexpr double MHZ_PER_GHZ = 1000.0;
 double quantised(double value, double step)
 {
     return step > 0.0 ? std::round(value / step) * step : value;
-}
-
-constexpr double LOG_PER_DB = std::numbers::ln10 / 10.0; // natural logarithm of a power ratio of one decibel
-/** exp() of less is lost beside 1 in a double. */
-constexpr double NOTHING = -37.0;
-
-/** @return the natural logarithm of 1 + exp(x), for x of 0 and less */
-double log1pExp(double x)
-{
-    return x < NOTHING ? 0.0 : std::log1p(std::exp(x));
-}
-
-/** @return the sum of two powers in dBm, one of which may be -infinity */
-double powerSumDbm(double a, double b)
-{
-    return std::max(a, b) + log1pExp(-std::abs(a - b) * LOG_PER_DB) / LOG_PER_DB;
 }
 } // namespace
 
@@ -48,7 +32,6 @@ void Transmitter::derive()
     m_nAmplifiers =
         static_cast<unsigned int>(std::clamp(std::round(m_parameters.amplifierCount), 0.0, double{MAX_AMPLIFIERS}));
     m_saturatedDbm = m_parameters.maxPowerDbm + m_parameters.psatAboveMaxDb;
-    m_sharpness = m_parameters.rappP * LOG_PER_DB;
     m_floorDbm = m_parameters.maxPowerDbm - m_parameters.detectorFloorBelowMaxDb;
     m_decaySeconds = 0.0;
 }
@@ -105,16 +88,7 @@ double Transmitter::outputPowerDbm() const
     const double slopeDb =
         m_parameters.gainPerGhzDb * (m_frequencyMhz - m_parameters.referenceFrequencyMhz) / MHZ_PER_GHZ;
     const double linearDbm = m_setting.ifPowerDbm + m_setting.rfGainDb + driftDb + slopeDb;
-    return compressedDbm(linearDbm);
-}
-
-/** Rapp's amplifier: linear far below saturation, approaching it from below. */
-double Transmitter::compressedDbm(double linearDbm) const
-{
-    // Written around the larger term, so that an extreme overdrive ends at saturation instead of overflowing.
-    return std::min(linearDbm, m_saturatedDbm) -
-           log1pExp(-std::abs(linearDbm - m_saturatedDbm) * m_sharpness) / m_sharpness;
-    return rappOutputDbm(linearDbm, m_parameters.maxPowerDbm + m_parameters.psatAboveMaxDb, m_parameters.rappP);
+    return rappOutputDbm(linearDbm, m_saturatedDbm, m_parameters.rappP);
 }
 
 double Transmitter::readDetectorDbm()
