@@ -12,6 +12,7 @@ Scenario load(const std::string& sText, const std::vector<std::string>& override
 {
     const TemporaryFolder folder;
     std::vector<ScenarioOverride> given;
+    given.reserve(overrides.size());
     for (const std::string& sOverride : overrides) {
         given.push_back(parseOverride(sOverride));
     }

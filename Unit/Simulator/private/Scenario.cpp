@@ -73,7 +73,7 @@ std::optional<double> positiveNumber(const TomlTable& table, const std::string& 
 std::string existingFile(const TomlTable& table, const std::string& sKey, const std::string& sFolder)
 {
     const std::string sFile = table.requiredText(sKey);
-    const std::string sPath = table.isFromElsewhere(sKey) ? sFile : (std::filesystem::path(sFolder) / sFile).string();
+    std::string sPath = table.isFromElsewhere(sKey) ? sFile : (std::filesystem::path(sFolder) / sFile).string();
     std::error_code error;
     if (!std::filesystem::is_regular_file(sPath, error)) {
         table.failValue(sKey, fmt::format("a file that can be read; there is none at {}", sPath));
