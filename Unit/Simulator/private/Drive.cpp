@@ -1,20 +1,22 @@
 #include "Unit/Simulator/private/Drive.h"
 
-#include <cmath>
+#include "Unit/Simulator/private/VirtualTime.h"
 
 Drive::Drive(const DriveConfiguration& configuration)
     : m_profile(configuration.sFile, configuration.interpolation), m_startSeconds(configuration.startSeconds),
-      m_periodSeconds(configuration.bRepeat ? m_profile.lastSecond() - m_profile.firstSecond() : 0.0)
+      m_nLastNs(toNs(m_profile.lastSecond())), m_nPeriodNs(m_nLastNs - toNs(m_profile.firstSecond())),
+      m_bRepeat(configuration.bRepeat && m_nPeriodNs > 0), m_nRoundStartNs(-toNs(configuration.startSeconds))
 {}
 
-ProfilePoint Drive::at(double seconds)
+ProfilePoint Drive::at(std::int64_t nNs)
 {
-    double driveSeconds = m_startSeconds + seconds;
-    if (m_periodSeconds > 0.0) {
-        if (driveSeconds - m_rounds * m_periodSeconds >= m_profile.lastSecond()) {
-            m_rounds = std::floor((driveSeconds - m_profile.firstSecond()) / m_periodSeconds);
-        }
-        driveSeconds -= m_rounds * m_periodSeconds;
+    if (!m_bRepeat) {
+        return m_profile.at(m_startSeconds + toSeconds(nNs), m_nRow);
     }
-    return m_profile.at(driveSeconds, m_nRow);
+    // In whole nanoseconds, so that every round meets the rows at the same times.
+    const std::int64_t nBehindNs = nNs - m_nRoundStartNs - m_nLastNs;
+    if (nBehindNs >= 0) {
+        m_nRoundStartNs += (nBehindNs / m_nPeriodNs + 1) * m_nPeriodNs;
+    }
+    return m_profile.at(toSeconds(nNs - m_nRoundStartNs), m_nRow);
 }

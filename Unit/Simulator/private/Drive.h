@@ -7,6 +7,7 @@
 #include "Unit/Simulator/Scenario.h"
 
 #include <cstddef>
+#include <cstdint>
 
 /** Reads a drive on and on: from where the run begins in it, and anew at its end where it repeats. */
 class Drive
@@ -15,13 +16,15 @@ public:
     /** @throws ConfigurationError when the file is no profile */
     explicit Drive(const DriveConfiguration& configuration);
 
-    /** @param seconds since the run began; goes back only at a cost */
-    ProfilePoint at(double seconds);
+    /** @param nNs since the run began; goes back only at a cost */
+    ProfilePoint at(std::int64_t nNs);
 
 private:
     Profile m_profile;
     double m_startSeconds;
-    double m_periodSeconds; // 0 for a drive that does not repeat
-    double m_rounds = 0.0;  // how often it has begun anew
+    std::int64_t m_nLastNs; // the drive's end
+    std::int64_t m_nPeriodNs;
+    bool m_bRepeat;
+    std::int64_t m_nRoundStartNs; // when this round was at the drive's time 0, in the time of the run
     std::size_t m_nRow = 0;
 };

@@ -15,7 +15,7 @@ Timeline::Timeline(const Scenario& scenario)
       m_point{}, m_bDriven(m_pDrive != nullptr), m_transmitter(scenario.channel().transmitter)
 {
     if (m_bDriven) {
-        const ProfilePoint first = m_pDrive->at(0.0);
+        const ProfilePoint first = m_pDrive->at(0);
         for (Quantity& quantity : m_quantities) {
             quantity.bDriven = (first.*quantity.pInDrive).has_value();
         }
@@ -67,7 +67,7 @@ void Timeline::follow(std::int64_t nNs)
 {
     ProfilePoint driven;
     if (m_bDriven) {
-        driven = m_pDrive->at(toSeconds(nNs));
+        driven = m_pDrive->at(nNs);
     }
     for (const Quantity& quantity : m_quantities) {
         m_point.*quantity.pInPoint = quantity.bDriven ? *(driven.*quantity.pInDrive) : quantity.value.at(nNs);
