@@ -255,6 +255,32 @@ TEST(HandlerFaults, TakeTheirTimeWhenSlow)
     }
 }
 
+TEST(HandlerFaults, CountTheirTimeWhereItIsNotReal)
+{
+    const auto pTable = handlerAt15Dbm();
+    HandlerFault fault = faultOf(EHandlerFault::Slow);
+    fault.delayUs = 10'000'000;
+    pTable->handler.setFault(EOp::GetPmeasured, fault);
+    pTable->handler.countDelays();
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(pTable->pMeasured(), 1500);
+    EXPECT_EQ(pTable->pMeasured(), 1500);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+    EXPECT_EQ(pTable->handler.takeDelayUs(), 20'000'000U);
+    EXPECT_EQ(pTable->handler.takeDelayUs(), 0U);
+}
+
+TEST(HandlerFaults, TellTheLowerLimitThatWasGiven)
+{
+    const auto pTable = handlerAt15Dbm();
+    EXPECT_EQ(pTable->handler.givenLowerLimit(), std::nullopt);
+    pTable->limits();
+    EXPECT_EQ(pTable->handler.givenLowerLimit(), -1000);
+    pTable->handler.setFault(EOp::GetPctrlLimits, wrongValue(250));
+    pTable->limits();
+    EXPECT_EQ(pTable->handler.givenLowerLimit(), 250);
+}
+
 TEST(HandlerFaults, AreRefusedForAnUnknownOperation)
 {
     HandlerTable table;

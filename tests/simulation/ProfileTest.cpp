@@ -77,6 +77,18 @@ TEST(Profile, TakesTheRulesThatItIsGiven)
     EXPECT_NEAR(profile.at(2.5).frequencyMhz.value(), 5250.0, 1e-9);
 }
 
+TEST(Profile, SaysTheSameToOneWhoGoesForward)
+{
+    const Profile profile = profileOf("time_s,requested_power_dBm,temperature_C\n1,10,20\n2,12,-3\n2.5,7,40\n9,8,1\n");
+    std::size_t nRow = 0;
+    for (const double seconds : {0.0, 0.5, 1.0, 1.7, 2.0, 2.4, 8.9, 9.0, 100.0, 2.2, 0.0, 2.5}) {
+        const ProfilePoint expected = profile.at(seconds);
+        const ProfilePoint point = profile.at(seconds, nRow);
+        EXPECT_EQ(point.requestedPowerDbm, expected.requestedPowerDbm) << seconds;
+        EXPECT_EQ(point.temperatureDegrees, expected.temperatureDegrees) << seconds;
+    }
+}
+
 TEST(Profile, SaysNothingAboutColumnsThatItDoesNotHave)
 {
     const char* const columns[] = {"requested_power_dBm", "temperature_C", "frequency_MHz"};

@@ -205,4 +205,41 @@ TEST(Transmitter, StandsStillWhenNoTimePasses)
         EXPECT_DOUBLE_EQ(transmitter.amplifierDegrees(), 25.0) << seconds;
     }
 }
+
+TEST(Transmitter, GoesOnWarmAndWithItsNoiseWhenItChanges)
+{
+    TransmitterParameters parameters;
+    Transmitter aged(parameters, 5);
+    Transmitter young(parameters, 5);
+    for (Transmitter* pTransmitter : {&aged, &young}) {
+        pTransmitter->setRadiating(true);
+        pTransmitter->setControlPowerDbm(10.0);
+        pTransmitter->advance(60.0);
+    }
+    parameters.detectorOffsetDb = 1.0;
+    parameters.detectorStepDb = 0.0;
+    aged.change(parameters);
+    parameters.detectorOffsetDb = 0.0;
+    young.change(parameters);
+    EXPECT_EQ(aged.amplifierDegrees(), young.amplifierDegrees());
+    EXPECT_GT(aged.amplifierDegrees(), 30.0);
+    for (int i = 0; i < 10; ++i) {
+        EXPECT_NEAR(aged.readDetectorDbm() - young.readDetectorDbm(), 1.0, 1e-9);
+    }
+}
+
+TEST(Transmitter, GivesLessPowerWhenItsChainHasLostGain)
+{
+    TransmitterParameters parameters;
+    parameters.psatAboveMaxDb = 30.0;
+    Transmitter transmitter(parameters);
+    transmitter.setRadiating(true);
+    transmitter.setControlPowerDbm(10.0);
+    const double beforeDbm = transmitter.outputPowerDbm();
+    parameters.chainGainDb -= 2.5;
+    transmitter.change(parameters);
+    EXPECT_NEAR(transmitter.outputPowerDbm(), beforeDbm - 2.5, 1e-6);
+    transmitter.setControlPowerDbm(12.5);
+    EXPECT_NEAR(transmitter.outputPowerDbm(), beforeDbm, 1e-6);
+}
 } // namespace
