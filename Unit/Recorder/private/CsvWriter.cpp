@@ -1,7 +1,7 @@
 #include "Unit/Recorder/CsvWriter.h"
 
 #include "Platform/ConfigurationError.h"
-#include "Unit/Text/PowerText.h"
+#include "Unit/Recorder/StepColumns.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -9,15 +9,10 @@
 
 #include <cerrno>
 #include <cstring>
-#include <iterator>
-#include <string_view>
 #include <utility>
 
 namespace
 {
-constexpr std::string_view HEADER = "time_s,channel,state,requested_power_dBm,ptarget_dBm,pctrl_dBm,pmeasured_dBm,"
-                                    "ppredicted_dBm,error_dB,result,detector_state,temperature_C,frequency_MHz,"
-                                    "lateness_us\n";
 constexpr std::size_t FLUSH_BYTES = 64UL * 1024;
 constexpr int OPEN_FLAGS = O_WRONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK; // a pipe must not hold the unit up
 constexpr mode_t FILE_MODE = 0666;                                      // less the user's umask
@@ -54,7 +49,8 @@ void CsvWriter::begin()
         fail("empty");
         return;
     }
-    m_buffer.append(HEADER.data(), HEADER.data() + HEADER.size());
+    m_buffer.append(stepColumnNames());
+    m_buffer.push_back('\n');
     flush();
 }
 
@@ -63,12 +59,8 @@ void CsvWriter::add(const StepSample& sample)
     if (!m_sError.empty()) {
         return;
     }
-    fmt::format_to(
-        std::back_inserter(m_buffer), "{:.3f},{},{},{:.2f},{:.2f},{:.2f},{:.2f},{:.2f},{:.2f},{},{},{:.2f},{:.3f},{}\n",
-        static_cast<double>(sample.nTimeUs) / 1e6, sample.nChannelNumber, controllerStateName(sample.nState),
-        sample.nRequestedPower / 100.0, sample.nPtarget / 100.0, sample.nPctrl / 100.0, sample.nPmeasured / 100.0,
-        sample.nPredictedPctrl / 100.0, sample.nPowerError / 100.0, sample.nResult, sample.nDetectorState,
-        sample.temperatureDegrees, sample.frequencyMhz, sample.nLatenessUs);
+    appendStepColumns(m_buffer, sample);
+    m_buffer.push_back('\n');
     ++m_nRowsGathered;
     if (m_buffer.size() >= FLUSH_BYTES) {
         flush();
