@@ -5,6 +5,7 @@
 #include "Unit/CommandLine/Completion.h"
 #include "Unit/CommandLine/FitCommand.h"
 #include "Unit/CommandLine/RunCommand.h"
+#include "Unit/CommandLine/SimulateCommand.h"
 #include "Unit/CommandLine/private/NumberRange.h"
 #include "Unit/Process/Installation.h"
 
@@ -162,6 +163,7 @@ int parseAndCarryOut(int nArguments, const char* const* ppArguments)
     addRun(app, options);
     const ControlCommand control(app);
     const FitCommand fit(app);
+    const SimulateCommand simulation(app);
     const CLI::App* pCompletion = addCompletion(app);
     try {
         app.parse(nArguments, ppArguments);
@@ -178,6 +180,9 @@ int parseAndCarryOut(int nArguments, const char* const* ppArguments)
     }
     if (fit.parsed()) {
         return fit.run();
+    }
+    if (simulation.parsed()) {
+        return simulation.run();
     }
     if (pCompletion->parsed()) {
         fmt::print("{}", bashCompletion(app));
