@@ -20,9 +20,11 @@ constexpr std::size_t LONGEST_LABEL = 48;
 constexpr double CLOSEST_LABELS = 0.018; // of the time axis; labels closer together could not be read
 constexpr double LEAST_TEMPERATURE_MOVE = 0.05;
 constexpr double LEAST_FREQUENCY_MOVE_MHZ = 0.0005;
-constexpr double HIGHEST_PANEL = 0.925; // of the picture; the title is above
+constexpr double HIGHEST_PANEL = 0.960; // of the picture; the title is above
 constexpr double LOWEST_PANEL = 0.075;  // the time axis is below
 constexpr double PANEL_GAP = 0.05;      // with the next panel's key
+
+constexpr double KEY_GAP = 0.003; // below a key
 
 /** A line in a panel; dashes tell lines apart where colours do not. */
 struct Curve
@@ -59,10 +61,10 @@ public:
                       : "set terminal pngcairo size 1440,1200 font 'sans,11' fontscale 1.3 linewidth 1.4\n";
         add("set encoding utf8\n$run << END_OF_RUN\n{}END_OF_RUN\n", plotData(m_buckets, m_axis));
         add("$state << END_OF_STATE\n{}END_OF_STATE\n", stateData(m_buckets, m_axis));
-        add("set multiplot\nset lmargin at screen 0.085\nset rmargin at screen 0.925\nset xrange [0:{:.9g}]\n",
+        add("set multiplot\nset lmargin at screen 0.085\nset rmargin at screen 0.915\nset xrange [0:{:.9g}]\n",
             m_length);
         m_sText += "set grid linecolor rgb '#dddddd' linetype 1\nset border linecolor rgb '#777777'\n"
-                   "set tics textcolor rgb '#000000'\nset key above horizontal left samplen 3 width 1 noenhanced\n"
+                   "set tics textcolor rgb '#000000'\n"
                    "set format x ''\n";
         addTitle();
         addMarks();
@@ -102,7 +104,7 @@ private:
     void addTitle()
     {
         const std::string sTitle = m_scenario.sTitle.empty() ? m_scenario.sPath : m_scenario.sTitle;
-        add("set label {} at screen 0.085, screen 0.978 left noenhanced font ',15'\n", quoted(sTitle, 100));
+        add("set label {} at screen 0.085, screen 0.980 left noenhanced font ',15'\n", quoted(sTitle, 100));
     }
 
     void addMarks()
@@ -126,6 +128,9 @@ private:
         m_top -= m_bFirst ? 0.0 : PANEL_GAP;
         m_bFirst = false;
         add("set tmargin at screen {:.4f}\nset bmargin at screen {:.4f}\n", m_top, m_top - height);
+        add("set key at screen 0.085, screen {:.4f} left bottom Left reverse horizontal maxrows 1 samplen 2.5 width 1 "
+            "noenhanced\n",
+            m_top + KEY_GAP);
         m_top -= height;
     }
 
@@ -190,10 +195,8 @@ private:
         }
         m_sText += "plot NaN notitle";
         addEnvelope(EQuantity::OutputError, eCOLUMN_ERROR_MIN, eCOLUMN_ERROR_MAX);
-        addCurve(
-            {EQuantity::OutputError, eCOLUMN_ERROR,
-             largest > scale ? "error in the closed loop (beyond 3 dB it is not shown)" : "error in the closed loop",
-             "dashtype 1 linewidth 1.3 linecolor rgb '#000000'"});
+        addCurve({EQuantity::OutputError, eCOLUMN_ERROR, largest > scale ? "error (cut at ±3 dB)" : "error",
+                  "dashtype 1 linewidth 1.3 linecolor rgb '#000000'"});
         add(", keyentry with boxes fillcolor rgb '#0072b2' fillstyle transparent solid 0.35 noborder title '±{} dB'",
             band);
         if (scale > 1.0) {
@@ -221,15 +224,15 @@ private:
         }
         m_sText += "plot NaN notitle";
         if (m_bTemperature) {
-            add(", $run using 1:{} with lines linewidth 1.4 linecolor rgb '#d55e00' title 'temperature (left)'",
-                eCOLUMN_TEMPERATURE);
+            add(", $run using 1:{} with lines linewidth 1.4 linecolor rgb '#d55e00' title 'temperature{}'",
+                eCOLUMN_TEMPERATURE, m_bFrequency ? " (left)" : "");
         }
         if (m_bFrequency) {
             add(", $run using 1:{} axes x1y2 with lines dashtype 2 linewidth 1.4 linecolor rgb '#0072b2' title "
                 "'frequency (right)'",
                 eCOLUMN_FREQUENCY);
         }
-        m_sText += "\nunset y2tics\nunset y2label\nset ytics autofreq\n";
+        m_sText += "\nunset y2tics\nunset y2label\nset ytics autofreq textcolor rgb '#000000'\n";
     }
 
     void statePanel(double height)
@@ -238,7 +241,7 @@ private:
         add("set yrange [-0.4:3.4]\nset ytics {}\nunset ylabel\nset format x '%g'\nset xlabel 'time in {}' offset 0, "
             "0.4\n",
             stateTics(), m_axis.pUnit);
-        m_sText += "plot $state using 1:2 with steps linewidth 1.8 linecolor rgb '#000000' title 'state'\n";
+        m_sText += "plot $state using 1:2 with steps linewidth 1.8 linecolor rgb '#000000' notitle\n";
     }
 
     const Scenario& m_scenario;
