@@ -5,7 +5,7 @@
 
 #include <fmt/format.h>
 
-#include <cmath>
+#include <string_view>
 
 namespace
 {
@@ -63,11 +63,15 @@ std::string escaped(const std::string& sText)
     return sEscaped;
 }
 
-/** @return the drawing's element, without what comes before it in a file of its own */
+/** @return the drawing's element, without what comes before it in a file of its own and without a title to hover over
+ */
 std::string svgElement(const std::string& sPicture)
 {
+    constexpr std::string_view TITLE = "<title>Gnuplot</title>";
     const std::size_t nBegin = sPicture.find("<svg");
-    return nBegin == std::string::npos ? std::string() : sPicture.substr(nBegin);
+    std::string sElement = nBegin == std::string::npos ? std::string() : sPicture.substr(nBegin);
+    const std::size_t nTitle = sElement.find(TITLE);
+    return nTitle == std::string::npos ? sElement : sElement.erase(nTitle, TITLE.size());
 }
 
 std::string row(const std::string& sFirst, const std::string& sValue, const std::string& sLast)
