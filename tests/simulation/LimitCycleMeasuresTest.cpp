@@ -131,6 +131,21 @@ TEST(LimitCycleMeasures, AreLookedForOncePerSeveralWindows)
     EXPECT_NEAR(sequence.measures().limitCycleDb, 0.1, 0.002);
 }
 
+TEST(LimitCycleMeasures, AreLookedForAnewAfterAJumpAndASwitchOff)
+{
+    const auto jump = [](SteadySequence& sequence) { sequence.reference(1500); };
+    const auto off = [](SteadySequence& sequence) { sequence.addIn(eOPC_TX_OFF, 5); };
+    void (*const breaks[])(SteadySequence&) = {jump, off};
+    for (const auto pfnBreak : breaks) {
+        SteadySequence sequence;
+        sequence.add(WINDOW);
+        pfnBreak(sequence);
+        sequence.add(60);
+        sequence.addSine(WINDOW, 0.1, 16.0);
+        EXPECT_NEAR(sequence.measures().limitCycleDb, 0.1, 0.002);
+    }
+}
+
 TEST(LimitCycleMeasures, NeedAWindowWithoutMoveFailureOrSwitchOff)
 {
     const auto moved = [](SteadySequence& sequence) { sequence.reference(1006); };

@@ -29,6 +29,13 @@ public:
     /** The steps that follow do not continue those before. */
     void interrupt() { m_nSteps = 0; }
 
+    /** The same, and what follows is worth a look of its own: the output comes to rest elsewhere. */
+    void startAfresh()
+    {
+        m_nSteps = 0;
+        m_nToSkip = 0;
+    }
+
     /** Writes the measures that are its own. */
     void fill(RunMeasures& measures) const;
 

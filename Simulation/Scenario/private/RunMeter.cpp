@@ -49,7 +49,7 @@ public:
             addOn(step, nReference, errorDb);
         }
         else {
-            m_limitCycle.interrupt();
+            m_limitCycle.startAfresh();
             if (step.eStateBefore == eOPC_TX_ON_RAMPING && step.eState == eOPC_TX_ON) {
                 m_jump.onRampEnd(errorDb);
             }
@@ -87,7 +87,7 @@ private:
             m_limitCycle.add(nReference, nReference / CENTI_DB_PER_DB + errorDb);
         }
         else {
-            m_limitCycle.interrupt();
+            m_limitCycle.startAfresh();
         }
     }
 
