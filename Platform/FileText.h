@@ -14,5 +14,8 @@
  */
 EAF_PUBLIC std::string readFileText(const std::string& sPath);
 
+/** Reads a file whole, with the byte-order mark if it has one. @throws ConfigurationError when it cannot be read */
+EAF_PUBLIC std::string readFileBytes(const std::string& sPath);
+
 /** @return text from a file, fit to stand in a one-line message: shortened, control characters replaced */
 EAF_PUBLIC std::string quotedForMessage(const std::string& sText);

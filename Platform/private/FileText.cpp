@@ -28,7 +28,7 @@ ConfigurationError unreadable(const std::string& sPath, int nError)
 
 } // namespace
 
-std::string readFileText(const std::string& sPath)
+std::string readFileBytes(const std::string& sPath)
 {
     errno = 0;
     const std::unique_ptr<std::FILE, FileCloser> pFile(std::fopen(sPath.c_str(), "rbe"));
@@ -44,6 +44,12 @@ std::string readFileText(const std::string& sPath)
     if (std::ferror(pFile.get()) != 0) {
         throw unreadable(sPath, errno);
     }
+    return sText;
+}
+
+std::string readFileText(const std::string& sPath)
+{
+    std::string sText = readFileBytes(sPath);
     if (sText.compare(0, BYTE_ORDER_MARK.size(), BYTE_ORDER_MARK) == 0) {
         sText.erase(0, BYTE_ORDER_MARK.size());
     }

@@ -37,8 +37,8 @@ public:
 
     /**
      * Reads a profile: a header row, time_s (ascending) and any of requested_power_dBm, temperature_C, frequency_MHz;
-     * other columns are left out.
-     * @throws ConfigurationError that names file, line and column
+     * other columns are not used. Every row has a value in each column; values lie in the ranges of DriveRanges.h.
+     * @throws ConfigurationError that names file, line, character and column, as CsvFile does by its strict rules
      */
     Profile(const std::string& sPath, const Interpolation& interpolation);
 

@@ -195,4 +195,84 @@ TEST(CsvFile, TellsThatAFieldIsMissing)
     EXPECT_EQ(errorOf([&file] { file.integer(file.rows().front(), 2); }), sError);
 }
 
+TEST(CsvFile, KnowsWhereFieldsStand)
+{
+    const TestFile content("\xC3\xA4,b\n\n \"x,y\" ,\t\"two\nlines\",z\n1,\n");
+    const CsvFile file(content.path());
+    const struct
+    {
+        std::size_t nRow;
+        std::vector<std::vector<std::size_t>> places; // line and column, the end of the row last
+    } cases[] = {{0, {{1, 1}, {1, 3}, {1, 4}}}, {1, {{3, 2}, {3, 10}, {4, 8}, {4, 9}}}, {2, {{5, 1}, {5, 3}, {5, 3}}}};
+    ASSERT_EQ(file.rows().size(), std::size(cases));
+    for (const auto& row : cases) {
+        std::vector<CsvPlace> places = file.rows()[row.nRow].places;
+        EXPECT_EQ(places.size(), file.rows()[row.nRow].fields.size());
+        places.push_back(file.rows()[row.nRow].end);
+        std::vector<std::vector<std::size_t>> found;
+        for (const CsvPlace& place : places) {
+            found.push_back({place.nLine, place.nColumn});
+        }
+        EXPECT_EQ(found, row.places) << row.nRow;
+    }
+}
+
+TEST(CsvFile, TellsTheCharacterWhereAFileBreaksStrictRules)
+{
+    const std::string sLineEnds = "; end every line by LF, or every line by CRLF";
+    const std::string sMark = ":1:1: begins with a byte-order mark; save the file as UTF-8 without one";
+    const struct
+    {
+        std::string sContent;
+        std::string sError;
+    } cases[] = {
+        {"\xEF\xBB\xBF", sMark},
+        {"\xFF\xFE"
+         "1",
+         sMark},
+        {"\xFE\xFF"
+         "1",
+         sMark},
+        {"a,b\r\n1,2\r\n\r\n3,4\n", ":4:4: the line ends by LF, those before by CRLF" + sLineEnds},
+        {"a,b\n1,2\n\r\n", ":3:1: the line ends by CRLF, those before by LF" + sLineEnds},
+        {"a,b\n\"1\r\n\",2\n", ":2:3: the line ends by CRLF, those before by LF" + sLineEnds},
+        {"a,b\r", ":1:4: a CR stands without an LF" + sLineEnds},
+        {"a,b\n1\r,2\n", ":2:2: a CR stands without an LF" + sLineEnds},
+        {"a,b\r\r\n", ":1:4: a CR stands without an LF" + sLineEnds},
+        {"\xC3\xA4,b\n\xC3\xA4,\n", ":2:3: column b: is empty; add a value"},
+        {"a,b\n\"\",2\n", ":2:1: column a: is empty; add a value"},
+        {"a,\n1,2\n", ":1:3: column 2: is empty; add a value"},
+        {"a,b,c\n1\n", ":2:2: column b: is missing in a row of 1; add a value"},
+        {"a,b\n1,2,\n",
+         ":2:5: '' is field 3 of a row that may have 2, as the first row has; take it out or name its column"},
+        {"a,b\n\"1\n\",2,3\n",
+         ":3:5: '3' is field 3 of a row that may have 2, as the first row has; take it out or name its column"},
+        {std::string("a,b\n1,\0\n", 8), ":2:3: holds a NUL byte; save the file as plain text in UTF-8"},
+        {"a,b\n1,2\"3\n", ":2:4: a quotation mark stands inside a field; put the whole field in quotation marks and "
+                          "write those inside it twice"},
+        {"a,b\n 1,\"2\n", ":2:2: a quoted field of the row that begins here has no end; add the closing quotation "
+                          "mark"},
+    };
+    for (const auto& bad : cases) {
+        const TestFile content(bad.sContent);
+        EXPECT_EQ(errorOf([&content] { const CsvFile file(content.path(), ECsvRules::Strict); }),
+                  content.path() + bad.sError);
+    }
+}
+
+TEST(CsvFile, NamesTheColumnOfAValueThatStrictRulesRefuse)
+{
+    const TestFile content("time,\"po\nwer\",time\nnow, x,1.5\n");
+    const CsvFile file(content.path(), ECsvRules::Strict);
+    const CsvRow& row = file.rows()[1];
+    EXPECT_EQ(errorOf([&] { file.number(row, 0); }),
+              content.path() + ":3:1: column time: 'now' is not a number; write a decimal number such as -3.5");
+    EXPECT_EQ(errorOf([&] { file.number(row, 1); }),
+              content.path() + ":3:6: column po?wer: 'x' is not a number; write a decimal number such as -3.5");
+    EXPECT_EQ(errorOf([&] { file.integer(row, 2); }),
+              content.path() + ":3:8: column time: '1.5' is not an integer; write a whole number such as -350");
+    EXPECT_EQ(errorOf([&] { file.column("time"); }),
+              content.path() + ":2:6: column time is there twice; take one of them out");
+}
+
 } // namespace

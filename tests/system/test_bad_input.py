@@ -73,7 +73,9 @@ class BadInput(UnitTestCase):
     def test_profiles(self):
         profile = self.folder / "profiles" / "fade.csv"
         profile.write_text("time_s,requested_power_dBm\n0,10\n1,ten\n")
-        self.assert_unit_refused(f"{profile}:3", "ten")
+        self.assert_unit_refused(f"{profile}:3:3: column requested_power_dBm: 'ten' is not a number")
+        profile.write_bytes(b"time_s,requested_power_dBm\n0,10\r\n")
+        self.assert_unit_refused(f"{profile}:2:5: the line ends by CRLF, those before by LF")
         profile.unlink()
         self.assert_unit_refused(profile)
 

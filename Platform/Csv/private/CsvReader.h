@@ -14,7 +14,7 @@
 class CsvReader
 {
 public:
-    explicit CsvReader(const std::string& sPath);
+    CsvReader(const std::string& sPath, ECsvRules eRules);
     ~CsvReader();
 
     CsvReader(const CsvReader&) = delete;
@@ -25,6 +25,9 @@ public:
 
 private:
     void readLine(std::string_view sLine);
+    void checkLineEnd(std::string_view sLine);
+    void markFields(std::string_view sLine);
+    ConfigurationError errorAt(std::string_view sBefore, const std::string& sText) const;
     void finish();
     void rethrowFailure();
 
@@ -33,10 +36,13 @@ private:
     static void onRowEnd(int nTerminator, void* pReader) noexcept;
 
     const std::string& m_sPath;
+    const ECsvRules m_eRules;
+    std::string_view m_sLineEnd; // of the first line
     csv_parser m_parser{};
     std::vector<CsvRow> m_rows;
-    CsvRow m_row{0, {}};
+    CsvRow m_row;
     std::size_t m_nLine = 0;
     bool m_bInRow = false;
+    bool m_bInQuotes = false;
     std::exception_ptr m_pFailure;
 };

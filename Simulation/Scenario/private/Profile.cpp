@@ -2,37 +2,66 @@
 
 #include "Platform/ConfigurationError.h"
 #include "Platform/Csv/CsvFile.h"
+#include "Platform/FileText.h"
+#include "Simulation/Scenario/DriveRanges.h"
 
 #include <algorithm>
+#include <array>
+#include <charconv>
 
 namespace
 {
-const char* const TIME_COLUMN = "time_s";
-const char* const POWER_COLUMN = "requested_power_dBm";
-const char* const TEMPERATURE_COLUMN = "temperature_C";
-const char* const FREQUENCY_COLUMN = "frequency_MHz";
-
-double readNumber(const CsvFile& file, const CsvRow& row, std::size_t nColumn, const char* pName)
+/** A column that a drive may have, and what its values may be. */
+struct DriveColumn
 {
-    try {
-        return file.number(row, nColumn);
+    const char* pName;
+    double lowest;
+    double highest;
+};
+
+constexpr DriveColumn TIME{"time_s", 0.0, LONGEST_RUN_SECONDS};
+constexpr DriveColumn POWER{"requested_power_dBm", LOWEST_POWER_DBM, HIGHEST_POWER_DBM};
+constexpr DriveColumn TEMPERATURE{"temperature_C", COLDEST_DEGREES, HOTTEST_DEGREES};
+constexpr DriveColumn FREQUENCY{"frequency_MHz", 0.0, HIGHEST_FREQUENCY_MHZ};
+
+/** @return a limit without an exponent */
+std::string limitText(double limit)
+{
+    std::array<char, 32> text{};
+    const std::to_chars_result result =
+        std::to_chars(text.data(), text.data() + text.size(), limit, std::chars_format::fixed);
+    return {text.data(), result.ptr};
+}
+
+double readNumber(const CsvFile& file, const CsvRow& row, std::size_t nColumn, const DriveColumn& column)
+{
+    const double value = file.number(row, nColumn);
+    if (value < column.lowest || value > column.highest) {
+        throw file.errorAt(row, nColumn,
+                           " is out of range; write a number from " + limitText(column.lowest) + " to " +
+                               limitText(column.highest));
     }
-    catch (const ConfigurationError& error) {
-        throw ConfigurationError(std::string(error.what()) + " (" + pName + ")");
-    }
+    return value;
 }
 
 /** @return the column's values over all data rows; none when the file does not have the column */
-std::vector<double> readColumn(const CsvFile& file, const char* pName)
+std::vector<double> readColumn(const CsvFile& file, const DriveColumn& column)
 {
     std::vector<double> values;
-    if (const std::optional<std::size_t> nColumn = file.column(pName)) {
+    if (const std::optional<std::size_t> nColumn = file.column(column.pName)) {
         values.reserve(file.rows().size() - 1);
         for (auto row = file.rows().begin() + 1; row != file.rows().end(); ++row) {
-            values.push_back(readNumber(file, *row, *nColumn, pName));
+            values.push_back(readNumber(file, *row, *nColumn, column));
         }
     }
     return values;
+}
+
+/** @return an error at the beginning of the header row */
+ConfigurationError headerError(const CsvFile& file, const std::string& sText)
+{
+    const CsvPlace place = file.rows().front().places.front();
+    return ConfigurationError::atColumn(file.path(), place.nLine, place.nColumn, sText);
 }
 
 void checkRows(const CsvFile& file)
@@ -40,22 +69,19 @@ void checkRows(const CsvFile& file)
     if (file.rows().empty()) {
         throw ConfigurationError::atLine(file.path(), 0,
                                          std::string("the file is empty; begin it with a header row that names ") +
-                                             TIME_COLUMN + " and the columns to use");
+                                             TIME.pName + " and the columns to use");
     }
-    const CsvRow& header = file.rows().front();
-    if (!file.column(TIME_COLUMN)) {
-        throw ConfigurationError::atLine(file.path(), header.nLine,
-                                         std::string("the header row has no column ") + TIME_COLUMN + ", it begins \"" +
-                                             header.fields.front() + "\"; name the columns in the first row");
+    if (!file.column(TIME.pName)) {
+        throw headerError(file, std::string("the header row has no column ") + TIME.pName + ", it begins " +
+                                    quotedForMessage(file.rows().front().fields.front()) +
+                                    "; name the columns in the first row");
     }
-    if (!file.column(POWER_COLUMN) && !file.column(TEMPERATURE_COLUMN) && !file.column(FREQUENCY_COLUMN)) {
-        throw ConfigurationError::atLine(file.path(), header.nLine,
-                                         std::string("the header row names no column to use; add ") + POWER_COLUMN +
-                                             ", " + TEMPERATURE_COLUMN + " or " + FREQUENCY_COLUMN);
+    if (!file.column(POWER.pName) && !file.column(TEMPERATURE.pName) && !file.column(FREQUENCY.pName)) {
+        throw headerError(file, std::string("the header row names no column to use; add ") + POWER.pName + ", " +
+                                    TEMPERATURE.pName + " or " + FREQUENCY.pName);
     }
     if (file.rows().size() == 1) {
-        throw ConfigurationError::atLine(file.path(), header.nLine,
-                                         "there is no row after the header row; add at least one");
+        throw headerError(file, "there is no row after the header row; add at least one");
     }
 }
 
@@ -67,24 +93,22 @@ void checkAscending(const CsvFile& file, const std::vector<double>& seconds)
         return;
     }
     const auto nRow = static_cast<std::size_t>(late - seconds.begin()) + 2; // the later one, after the header row
-    const CsvRow& row = file.rows()[nRow];
-    const std::size_t nColumn = *file.column(TIME_COLUMN);
-    throw ConfigurationError::atLine(file.path(), row.nLine,
-                                     std::string("column ") + TIME_COLUMN + " reads \"" + row.fields[nColumn] +
-                                         "\" after \"" + file.rows()[nRow - 1].fields[nColumn] +
-                                         "\"; order the rows by ascending time");
+    const std::size_t nColumn = *file.column(TIME.pName);
+    throw file.errorAt(file.rows()[nRow], nColumn,
+                       " is not later than " + quotedForMessage(file.rows()[nRow - 1].fields[nColumn]) +
+                           " in the row before; order the rows by ascending time");
 }
 } // namespace
 
 Profile::Profile(const std::string& sPath, const Interpolation& interpolation)
 {
-    const CsvFile file(sPath);
+    const CsvFile file(sPath, ECsvRules::Strict);
     checkRows(file);
-    m_seconds = readColumn(file, TIME_COLUMN);
+    m_seconds = readColumn(file, TIME);
     checkAscending(file, m_seconds);
-    m_requestedPower = {interpolation.eRequestedPower, readColumn(file, POWER_COLUMN)};
-    m_temperature = {interpolation.eTemperature, readColumn(file, TEMPERATURE_COLUMN)};
-    m_frequency = {interpolation.eFrequency, readColumn(file, FREQUENCY_COLUMN)};
+    m_requestedPower = {interpolation.eRequestedPower, readColumn(file, POWER)};
+    m_temperature = {interpolation.eTemperature, readColumn(file, TEMPERATURE)};
+    m_frequency = {interpolation.eFrequency, readColumn(file, FREQUENCY)};
 }
 
 ProfilePoint Profile::at(double seconds) const
