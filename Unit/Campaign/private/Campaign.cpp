@@ -44,7 +44,7 @@ public:
     {
         for (std::uint64_t nRun = m_nNext; nRun < m_finished.size(); nRun += shard.nCount) {
             ++m_nTotal;
-            m_nDone += m_finished[nRun] ? 1 : 0;
+            m_nDone += m_finished[static_cast<std::size_t>(nRun)] ? 1 : 0;
         }
         m_nFailed = results.failedRuns();
         skipFinished();
@@ -95,7 +95,7 @@ public:
 private:
     void skipFinished()
     {
-        while (m_nNext < m_finished.size() && m_finished[m_nNext]) {
+        while (m_nNext < m_finished.size() && m_finished[static_cast<std::size_t>(m_nNext)]) {
             m_nNext += m_shard.nCount;
         }
     }
