@@ -168,7 +168,7 @@ const SweepDefinition& ResultsFile::definition() const
 std::vector<bool> ResultsFile::finishedRuns() const
 {
     return guarded(path(), [&] {
-        std::vector<bool> finished(definition().nRuns);
+        std::vector<bool> finished(static_cast<std::size_t>(definition().nRuns));
         SQLite::Statement query(m_pImplementation->database(), "SELECT number FROM run");
         while (query.executeStep()) {
             const auto nNumber = static_cast<std::uint64_t>(query.getColumn(0).getInt64());
@@ -176,7 +176,7 @@ std::vector<bool> ResultsFile::finishedRuns() const
                 throw std::runtime_error(
                     fmt::format("{}: is damaged: has a run {} of {}", path(), nNumber, finished.size()));
             }
-            finished[nNumber] = true;
+            finished[static_cast<std::size_t>(nNumber)] = true;
         }
         return finished;
     });

@@ -57,7 +57,7 @@ RunPlan planRun(const SweepDefinition& definition, std::uint64_t nNumber)
     plan.values.resize(definition.parameters.size());
     for (std::size_t n = definition.parameters.size(); n-- > 0;) {
         const std::vector<SweepValue>& values = definition.parameters[n].values;
-        plan.values[n] = values[nRest % values.size()];
+        plan.values[n] = values[static_cast<std::size_t>(nRest % values.size())];
         nRest /= values.size();
     }
     return plan;
