@@ -26,7 +26,7 @@ class Completion(unittest.TestCase):
         return sorted(filter(None, result.stdout.splitlines()))
 
     def test_commands(self):
-        self.assertEqual(self.complete(""), ["completion", "ctl", "fit-amplifier", "run", "simulate"])
+        self.assertEqual(self.complete(""), ["completion", "ctl", "fit-amplifier", "run", "simulate", "sweep", "sweep-report"])
         self.assertEqual(self.complete("c"), ["completion", "ctl"])
         self.assertEqual(self.complete("completion", ""), ["bash"])
         self.assertEqual(self.complete("ctl", "t"), ["temperature", "trace", "tx"])
@@ -52,6 +52,7 @@ class Completion(unittest.TestCase):
         self.assertEqual(self.complete("run", "--dur"), ["--duration"])
         self.assertEqual(self.complete("fit-amplifier", "--"),
                          ["--csv", "--frequency", "--help", "--json", "--max-power", "--supply"])
+        self.assertEqual(self.complete("sweep", "--"), ["--help", "--jobs", "--results", "--retry-failed", "--shard"])
         self.assertEqual(self.complete("run", "--unit"), [])
 
     def test_values_of_options_are_no_arguments(self):

@@ -6,6 +6,8 @@
 #include "Unit/CommandLine/FitCommand.h"
 #include "Unit/CommandLine/RunCommand.h"
 #include "Unit/CommandLine/SimulateCommand.h"
+#include "Unit/CommandLine/SweepCommand.h"
+#include "Unit/CommandLine/SweepReportCommand.h"
 #include "Unit/CommandLine/private/NumberRange.h"
 #include "Unit/Process/Installation.h"
 
@@ -164,6 +166,8 @@ int parseAndCarryOut(int nArguments, const char* const* ppArguments)
     const ControlCommand control(app);
     const FitCommand fit(app);
     const SimulateCommand simulation(app);
+    const SweepCommand sweep(app);
+    const SweepReportCommand sweepReport(app);
     const CLI::App* pCompletion = addCompletion(app);
     try {
         app.parse(nArguments, ppArguments);
@@ -180,6 +184,12 @@ int parseAndCarryOut(int nArguments, const char* const* ppArguments)
     }
     if (fit.parsed()) {
         return fit.run();
+    }
+    if (sweep.parsed()) {
+        return sweep.run();
+    }
+    if (sweepReport.parsed()) {
+        return sweepReport.run();
     }
     if (simulation.parsed()) {
         return simulation.run();
