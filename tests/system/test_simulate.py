@@ -84,7 +84,7 @@ class Outputs(Simulate):
         self.assert_well(result)
         self.assertEqual(result.stderr, "")
         for line in (rf"  scenario +{re.escape(str(self.scenario))}", "  title +A step & back",
-                     "  simulated +6 s at 6 ms, seed 5", r"  took +\d+\.\d\d s, \d+ steps/s, \d+ times real time",
+                     "  simulated +6 s at 6 ms, seed 5", r"  took +\d+\.\d{3} s, \d+ steps/s, \d+ times real time",
                      rf"  steps +{STEPS}  .+", "  jumps +1  .+", r"  settling_max_ms +\d+\.\d ms  .+",
                      "  spurious_max_db +-  .+"):
             self.assertRegex(result.stdout, rf"(?m)^{line}$")

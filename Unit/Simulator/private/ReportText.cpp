@@ -19,7 +19,7 @@ std::string speedText(const RunReport& report)
     if (report.wallSeconds <= 0.0) {
         return "no time";
     }
-    return fmt::format("{:.2f} s, {:.0f} steps/s, {:.0f} times real time", report.wallSeconds,
+    return fmt::format("{:.3f} s, {:.0f} steps/s, {:.0f} times real time", report.wallSeconds,
                        report.measures.steps / report.wallSeconds,
                        report.scenario.durationSeconds / report.wallSeconds);
 }

@@ -67,7 +67,7 @@ TEST(RunReportText, GroupsTheMeasuresWithTheirUnits)
     EXPECT_THAT(sText, HasSubstr("  scenario                run.toml\n"));
     EXPECT_THAT(sText, HasSubstr("  with                    transmitter.detector_noise_db = 0.1\n"));
     EXPECT_THAT(sText, HasSubstr("  simulated               60 s at 6 ms, seed 7\n"));
-    EXPECT_THAT(sText, HasSubstr("  took                    0.50 s, 20000 steps/s, 120 times real time\n"));
+    EXPECT_THAT(sText, HasSubstr("  took                    0.500 s, 20000 steps/s, 120 times real time\n"));
     EXPECT_THAT(sText, HasSubstr("  written                 run.csv (1000 rows)\n"));
     EXPECT_THAT(sText, HasSubstr("\njumps\n  jumps                             0  "));
     EXPECT_THAT(sText, HasSubstr("\n  settling_max_ms            150.0 ms  from a jump"));
