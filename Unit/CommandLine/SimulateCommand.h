@@ -34,6 +34,7 @@ class SimulateCommand
 public:
     /** Adds the command. @param app lives as long as this */
     explicit SimulateCommand(CLI::App& app);
+    ~SimulateCommand() = default;
 
     SimulateCommand(const SimulateCommand&) = delete;
     SimulateCommand& operator=(const SimulateCommand&) = delete;

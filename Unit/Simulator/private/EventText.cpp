@@ -85,15 +85,14 @@ std::vector<EventMark> marksOf(const Scenario& scenario)
 {
     std::vector<EventMark> marks;
     for (const ScenarioEvent& event : scenario.events) {
-        const bool bRepeats = event.everySeconds.has_value();
-        marks.push_back({event.atSeconds, bRepeats
-                                              ? fmt::format("{} (every {} s)", eventText(event), *event.everySeconds)
-                                              : eventText(event)});
-        if (!bRepeats || (scenario.durationSeconds - event.atSeconds) / *event.everySeconds > MOST_REPETITIONS) {
+        if (!event.everySeconds) {
+            marks.push_back({event.atSeconds, eventText(event)});
             continue;
         }
-        for (double time = 1.0; event.atSeconds + time * *event.everySeconds < scenario.durationSeconds; time += 1.0) {
-            marks.push_back({event.atSeconds + time * *event.everySeconds, ""});
+        marks.push_back({event.atSeconds, fmt::format("{} (every {} s)", eventText(event), *event.everySeconds)});
+        const double repetitions = (scenario.durationSeconds - event.atSeconds) / *event.everySeconds;
+        for (int nTime = 1; repetitions <= MOST_REPETITIONS && nTime < repetitions; ++nTime) {
+            marks.push_back({event.atSeconds + nTime * *event.everySeconds, ""});
         }
     }
     addFaults(marks, scenario);
