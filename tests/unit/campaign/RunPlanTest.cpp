@@ -172,7 +172,7 @@ values = [0.0, 0.25, 0.5]
                                          {"40", "0.25"}, {"40", "0.25"}, {"40", "0.5"}, {"40", "0.5"}};
     std::set<std::uint64_t> seeds;
     for (std::uint64_t nRun = 0; nRun < 12; ++nRun) {
-        EXPECT_EQ(valuesOf(definition, nRun), expected[nRun]) << nRun;
+        EXPECT_EQ(valuesOf(definition, nRun), expected[static_cast<std::size_t>(nRun)]) << nRun;
         seeds.insert(planRun(definition, nRun).nSeed);
     }
     EXPECT_EQ(seeds.size(), 12U); // repeats of a point have seeds of their own
