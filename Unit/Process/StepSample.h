@@ -28,6 +28,8 @@ struct StepSample
     std::uint32_t nOverruns; /**< deadlines skipped since the run began */
     std::uint64_t nSteps;    /**< steps of the channel so far, this one included */
     std::uint64_t nFailedSteps;
+
+    bool operator==(const StepSample&) const = default;
 };
 
 static_assert(std::is_trivially_copyable_v<StepSample>);

@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <cmath>
 
 namespace
@@ -209,10 +210,10 @@ TEST(CsvFile, KnowsWhereFieldsStand)
         std::vector<CsvPlace> places = file.rows()[row.nRow].places;
         EXPECT_EQ(places.size(), file.rows()[row.nRow].fields.size());
         places.push_back(file.rows()[row.nRow].end);
-        std::vector<std::vector<std::size_t>> found;
-        for (const CsvPlace& place : places) {
-            found.push_back({place.nLine, place.nColumn});
-        }
+        std::vector<std::vector<std::size_t>> found(places.size());
+        std::transform(places.begin(), places.end(), found.begin(), [](const CsvPlace& place) {
+            return std::vector<std::size_t>{place.nLine, place.nColumn};
+        });
         EXPECT_EQ(found, row.places) << row.nRow;
     }
 }

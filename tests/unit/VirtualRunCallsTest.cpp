@@ -45,6 +45,8 @@ protected:
         m_scenario.events = {requestAt(0.0, true), requestAt(DURATION_SECONDS, false)};
     }
 
+    VirtualRunCalls(const VirtualRunCalls&) = delete;
+    VirtualRunCalls& operator=(const VirtualRunCalls&) = delete;
     ~VirtualRunCalls() override { unsetenv("OPC_TEST_CALLS"); } // NOLINT(concurrency-mt-unsafe)
 
     std::string takeCalls() const

@@ -9,18 +9,16 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstring>
 
 namespace
 {
-/** @return whether two runs are the same to the last bit */
+/** @return whether two runs are the same, without any tolerance */
 bool same(const std::vector<VirtualStep>& left, const std::vector<VirtualStep>& right)
 {
     return left.size() == right.size() &&
            std::equal(left.begin(), left.end(), right.begin(), [](const VirtualStep& a, const VirtualStep& b) {
-               return std::memcmp(&a.sample, &b.sample, sizeof(a.sample)) == 0 &&
-                      std::memcmp(&a.outputPowerDbm, &b.outputPowerDbm, sizeof(a.outputPowerDbm)) == 0 &&
-                      a.nLowerClamp == b.nLowerClamp && a.nUpperClamp == b.nUpperClamp;
+               return a.sample == b.sample && a.outputPowerDbm == b.outputPowerDbm && a.nLowerClamp == b.nLowerClamp &&
+                      a.nUpperClamp == b.nUpperClamp;
            });
 }
 } // namespace
