@@ -64,7 +64,7 @@ struct Scenario
     std::string sTitle;
     std::string sDescription;
     double durationSeconds = 0.0;
-    UnitConfiguration unit; /**< with one channel; its profile, faults and test interface do not count */
+    UnitConfiguration unit; /**< one channel, the scenario's faults; profile and test interface do not count */
     DriveConfiguration drive;
     std::vector<ScenarioEvent> events; /**< ascending in time */
     MeasureSettings measures;

@@ -205,6 +205,47 @@ class Repetition(Simulate):
                          self.measures())
 
 
+class RealTime(Simulate):
+    """A unit that regulates by the clock of the machine, and the same in virtual time."""
+
+    COMPARED = ("time_s", "state", "requested_power_dBm", "ptarget_dBm", "pctrl_dBm", "pmeasured_dBm",
+                "ppredicted_dBm", "error_dB", "result", "detector_state", "temperature_C", "frequency_MHz")
+    SECONDS = 3
+    ENOUGH = 100  # steps before the first deadline that a busy machine lets pass
+    ATTEMPTS = 8
+
+    def rows_of(self, path):
+        with path.open(newline="") as file:
+            return [tuple(row[name] for name in self.COMPARED) for row in csv.DictReader(file) if row["channel"] == "0"]
+
+    def test_the_steps_of_a_unit_are_those_of_the_simulation(self):
+        text = self.unit_file.read_text()
+        self.unit_file.write_text(text[:text.rindex("[[channel]]")])  # a scenario has one channel
+        self.scenario.write_text("""
+duration_s = 3
+[unit]
+file = "unit.toml"
+[drive]
+file = "profiles/fade.csv"
+temperature = "linear"
+[[event]]
+at_s = 0
+request = "on"
+""")
+        simulated, recorded = self.output / "simulated.csv", self.output / "recorded.csv"
+        self.assert_well(self.simulate("--quiet", "--csv", simulated))
+        expected = self.rows_of(simulated)
+        self.assertEqual(len(expected), 500)
+        for _ in range(self.ATTEMPTS):
+            self.assert_well(self.run_unit("--duration", self.SECONDS, "--csv", recorded))
+            rows = [row for row in self.rows_of(recorded) if float(row[0]) < self.SECONDS]
+            gap = next((n for n, (row, other) in enumerate(zip(rows, expected)) if row[0] != other[0]), len(rows))
+            if gap >= self.ENOUGH:
+                break
+        self.assertGreaterEqual(gap, self.ENOUGH)
+        self.assertEqual(rows[:gap], expected[:gap])
+
+
 class Expectations(Simulate):
     def expect(self, text):
         self.scenario.write_text(SCENARIO + "\n[expect]\n" + text)
