@@ -19,9 +19,14 @@ struct RunMeasures
     double refusedCalls = NO_MEASURE;
 
     double switchOns = 0.0;
+    double switchOnsInBand = 0.0;
     double switchOnTo1DbMs = NO_MEASURE; /**< the longest of the run's, as all that come more than once */
     double switchOnTo01DbMs = NO_MEASURE;
     double rampSteps = NO_MEASURE;
+
+    double switchOffs = 0.0;
+    double switchOffMs = NO_MEASURE;
+    double radiatingOffS = 0.0;
 
     double jumps = 0.0;
     double jumpsSettled = 0.0;
@@ -63,7 +68,7 @@ struct RunMeasureKey
 };
 
 /** Number of keys in runMeasureKeys(). */
-inline constexpr std::size_t RUN_MEASURE_COUNT = 32;
+inline constexpr std::size_t RUN_MEASURE_COUNT = 36;
 
 /** @return every measure, in the order of RunMeasures */
 const std::array<RunMeasureKey, RUN_MEASURE_COUNT>& runMeasureKeys();

@@ -28,8 +28,9 @@ TEST(RunMeter, HasZerosAndNoMeasuresWithoutSteps)
 {
     const RunMeasures measures = StepSequence().measures();
     const std::set<std::string> zeros = {
-        "steps",        "failed_steps",     "overruns",         "switch_ons",     "jumps",          "jumps_settled",
-        "steady_steps", "at_upper_clamp_s", "at_lower_clamp_s", "spurious_steps", "outside_1_db_s", "outside_2_db_s"};
+        "steps",           "failed_steps",   "overruns",      "switch_ons",   "switch_ons_in_band", "switch_offs",
+        "radiating_off_s", "jumps",          "jumps_settled", "steady_steps", "at_upper_clamp_s",   "at_lower_clamp_s",
+        "spurious_steps",  "outside_1_db_s", "outside_2_db_s"};
     for (const RunMeasureKey& key : runMeasureKeys()) {
         if (zeros.contains(key.pName)) {
             EXPECT_EQ(measures.*key.pField, 0.0) << key.pName;

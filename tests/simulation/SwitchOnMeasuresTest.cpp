@@ -64,6 +64,7 @@ TEST(SwitchOnMeasures, AreTheLongestOfTheRun)
         sequence.addIn(eOPC_TX_OFF, 10);
     }
     EXPECT_EQ(sequence.measures().switchOns, 3.0);
+    EXPECT_EQ(sequence.measures().switchOnsInBand, 3.0);
     EXPECT_DOUBLE_EQ(sequence.measures().switchOnTo1DbMs, (5 + 12) * 6.0);
     EXPECT_DOUBLE_EQ(sequence.measures().rampSteps, 12.0);
 }
@@ -76,6 +77,7 @@ TEST(SwitchOnMeasures, HaveNoTimeFromASwitchOnThatDoesNotGetThere)
     sequence.addFrom(eOPC_TX_OFF_INITIATED, eOPC_TX_OFF_IN_PROGRESS, 1, 0.0); // close to the target by chance
     sequence.add(100);
     EXPECT_EQ(sequence.measures().switchOns, 1.0);
+    EXPECT_EQ(sequence.measures().switchOnsInBand, 0.0);
     EXPECT_TRUE(std::isnan(sequence.measures().switchOnTo1DbMs));
     EXPECT_TRUE(std::isnan(sequence.measures().switchOnTo01DbMs));
     EXPECT_DOUBLE_EQ(sequence.measures().rampSteps, 3.0);

@@ -48,12 +48,12 @@ const BadScenario BAD_SCENARIOS[] = {
      "at_s, for_s"},
     {"UnknownMeasure", "SHORT[expect]\nsettling_maximum_ms = 1\n",
      ":3:1: unknown key \"settling_maximum_ms\" in [expect]; did you mean settling_max_ms? known keys: steps, "
-     "failed_steps, overruns, refused_calls, switch_ons, switch_on_to_1_db_ms, switch_on_to_0_1_db_ms, ramp_steps, "
-     "jumps, jumps_settled, settling_mean_ms, settling_max_ms, overshoot_db, steady_steps, steady_mean_db, "
-     "steady_rms_db, steady_p999_db, steady_max_db, limit_cycle_db, limit_cycle_ms, largest_pctrl_step_db, "
-     "at_upper_clamp_s, at_lower_clamp_s, spurious_steps, spurious_max_db, outside_1_db_s, outside_2_db_s, "
-     "detector_state_0_share, detector_state_1_share, detector_state_2_share, request_error_mean_db, "
-     "request_error_max_db"},
+     "failed_steps, overruns, refused_calls, switch_ons, switch_ons_in_band, switch_on_to_1_db_ms, "
+     "switch_on_to_0_1_db_ms, ramp_steps, switch_offs, switch_off_ms, radiating_off_s, jumps, jumps_settled, "
+     "settling_mean_ms, settling_max_ms, overshoot_db, steady_steps, steady_mean_db, steady_rms_db, steady_p999_db, "
+     "steady_max_db, limit_cycle_db, limit_cycle_ms, largest_pctrl_step_db, at_upper_clamp_s, at_lower_clamp_s, "
+     "spurious_steps, spurious_max_db, outside_1_db_s, outside_2_db_s, detector_state_0_share, "
+     "detector_state_1_share, detector_state_2_share, request_error_mean_db, request_error_max_db"},
     {"TitleAsNumber", "SHORTtitle = 3\n", ":2:9: title in the file is 3; it must be a text in quotes"},
     {"NoDuration", "title = \"x\"\n", ":1:1: the file has no key duration_s; add it"},
     {"DurationOfZero", "duration_s = 0\n",

@@ -4,6 +4,7 @@
 #include "Simulation/Scenario/private/LimitCycleFinder.h"
 #include "Simulation/Scenario/private/MeterTolerance.h"
 #include "Simulation/Scenario/private/SteadyMeter.h"
+#include "Simulation/Scenario/private/SwitchOffMeter.h"
 #include "Simulation/Scenario/private/SwitchOnMeter.h"
 
 #include <algorithm>
@@ -44,6 +45,7 @@ public:
         const std::int32_t nReference = m_bAgainstTarget ? step.nPtarget : step.nRequested;
         const double errorDb = errorAgainst(step.outputPowerDbm, nReference);
         m_switchOn.add(step, errorDb);
+        m_switchOff.add(step);
         addEmission(step);
         if (step.eStateBefore == eOPC_TX_ON && step.eState == eOPC_TX_ON) {
             addOn(step, nReference, errorDb);
@@ -122,6 +124,7 @@ private:
     double m_toleranceDb;
     double m_stepSeconds;
     SwitchOnMeter m_switchOn;
+    SwitchOffMeter m_switchOff;
     JumpMeter m_jump;
     SteadyMeter m_steady;
     LimitCycleFinder m_limitCycle;
@@ -147,6 +150,7 @@ RunMeasures RunMeter::Implementation::measures() const
     measures.steps = static_cast<double>(m_nSteps);
     measures.failedSteps = static_cast<double>(m_nFailedSteps);
     m_switchOn.fill(measures);
+    m_switchOff.fill(measures, m_stepSeconds);
     m_jump.fill(measures);
     m_steady.fill(measures);
     m_limitCycle.fill(measures);

@@ -27,6 +27,7 @@ void SwitchOnMeter::BandTime::add(double errorDb, std::int64_t nSinceUs)
 {
     if (bOpen && std::abs(errorDb) <= bandDb + METER_ROUNDING_DB) {
         bOpen = false;
+        ++nTimes;
         nLongestUs = std::max(nLongestUs, nSinceUs);
     }
 }
@@ -68,6 +69,7 @@ void SwitchOnMeter::add(const MeasuredStep& step, double errorDb)
 void SwitchOnMeter::fill(RunMeasures& measures) const
 {
     measures.switchOns = static_cast<double>(m_nSwitchOns);
+    measures.switchOnsInBand = static_cast<double>(m_narrow.nTimes);
     measures.switchOnTo1DbMs = milliseconds(m_wide.nLongestUs);
     measures.switchOnTo01DbMs = milliseconds(m_narrow.nLongestUs);
     measures.rampSteps = m_nMostRampSteps == 0 ? NO_MEASURE : static_cast<double>(m_nMostRampSteps);

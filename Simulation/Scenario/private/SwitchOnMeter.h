@@ -26,6 +26,7 @@ private:
         double bandDb = 0.0;
         bool bOpen = false;
         std::int64_t nLongestUs = -1; // -1: never
+        std::uint64_t nTimes = 0;     // how often there was one
 
         void add(double errorDb, std::int64_t nSinceUs);
     };

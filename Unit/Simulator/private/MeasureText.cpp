@@ -70,9 +70,10 @@ std::string bandText(const MeasureBand& band)
 const char* measureGroup(const RunMeasureKey& key)
 {
     using M = RunMeasures;
-    static constexpr std::array<std::pair<double RunMeasures::*, const char*>, 10> GROUPS = {{
+    static constexpr std::array<std::pair<double RunMeasures::*, const char*>, 11> GROUPS = {{
         {&M::steps, "steps"},
         {&M::switchOns, "switching on"},
+        {&M::switchOffs, "switching off"},
         {&M::jumps, "jumps"},
         {&M::steadySteps, "steady error"},
         {&M::limitCycleDb, "limit cycle"},
