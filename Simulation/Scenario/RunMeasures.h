@@ -59,12 +59,21 @@ struct RunMeasures
     double requestErrorMaxDb = NO_MEASURE;
 };
 
+/** Which of two values of a measure is the worse one. */
+enum class EWorse
+{
+    Larger,
+    Smaller,
+    FartherFromZero
+};
+
 /** A measure as people and programs name it. */
 struct RunMeasureKey
 {
     const char* pName; /**< unit included, such as "settling_max_ms" */
     double RunMeasures::*pField;
     const char* pMeaning; /**< one line for help texts and reports */
+    EWorse eWorse = EWorse::Larger;
 };
 
 /** Number of keys in runMeasureKeys(). */

@@ -30,6 +30,7 @@ struct CampaignDescription
     std::string sSweep;        /**< text of the sweep file */
     std::string sScenarioFile; /**< path of the scenario, from the folder of the results file */
     std::string sScenario;     /**< text of the scenario file */
+    std::string sSweepFolder;  /**< of the sweep file, from the scenario's folder */
     Shard shard;
     std::vector<std::pair<std::string, std::string>> identity; /**< all that determines the results, by name */
 };

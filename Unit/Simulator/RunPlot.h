@@ -3,17 +3,11 @@
  */
 #pragma once
 
+#include "Unit/Plot/Gnuplot.h"
 #include "Unit/Simulator/RunTrack.h"
 #include "Unit/Simulator/Scenario.h"
 
 #include <string>
-
-/** Formats of pictures. */
-enum class EPicture
-{
-    Svg,
-    Png
-};
 
 /** @return what gnuplot is told: powers, error, what else moves, and the state, over one time axis */
 std::string runPlotScript(const RunTrack& track, const Scenario& scenario, EPicture ePicture);

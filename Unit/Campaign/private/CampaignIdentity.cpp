@@ -122,6 +122,9 @@ CampaignDescription describeCampaign(const SweepDefinition& definition, const IC
                                     .lexically_proximate(fs::absolute(sResultsFile).lexically_normal().parent_path())
                                     .string();
     description.sScenario = contentsOf(definition.sScenario);
+    const fs::path scenarioFolder = fs::absolute(definition.sScenario).lexically_normal().parent_path();
+    description.sSweepFolder =
+        fs::absolute(definition.sPath).lexically_normal().parent_path().lexically_proximate(scenarioFolder).string();
     description.shard = shard;
     auto& identity = description.identity;
     const bool bGrid = definition.eMethod == ESweepMethod::Grid;

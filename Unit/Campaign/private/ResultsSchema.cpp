@@ -18,6 +18,7 @@ constexpr const char* SWEEP_FILE = "sweep file";
 constexpr const char* SWEEP = "sweep";
 constexpr const char* SCENARIO_FILE = "scenario file";
 constexpr const char* SCENARIO = "scenario";
+constexpr const char* SWEEP_FOLDER = "sweep folder";
 constexpr const char* SHARD_INDEX = "shard index";
 constexpr const char* SHARD_COUNT = "shard count";
 
@@ -73,6 +74,7 @@ void createTables(SQLite::Database& database, const CampaignDescription& descrip
                                         {SWEEP, description.sSweep},
                                         {SCENARIO_FILE, description.sScenarioFile},
                                         {SCENARIO, description.sScenario},
+                                        {SWEEP_FOLDER, description.sSweepFolder},
                                         {SHARD_INDEX, std::to_string(description.shard.nIndex)},
                                         {SHARD_COUNT, std::to_string(description.shard.nCount)}})
     {
@@ -122,6 +124,7 @@ CampaignDescription readDescription(SQLite::Database& database, const std::strin
     description.sSweep = entries[SWEEP];
     description.sScenarioFile = entries[SCENARIO_FILE];
     description.sScenario = entries[SCENARIO];
+    description.sSweepFolder = entries[SWEEP_FOLDER];
     description.shard = {std::stoull("0" + entries[SHARD_INDEX]), std::stoull("0" + entries[SHARD_COUNT])};
     if (description.shard.nIndex == 0 || description.shard.nIndex > description.shard.nCount) {
         notOurs(sPath);

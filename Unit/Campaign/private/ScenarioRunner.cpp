@@ -1,33 +1,18 @@
 #include "Unit/Campaign/ScenarioRunner.h"
 
+#include "Unit/Campaign/private/SweepFiles.h"
 #include "Unit/Process/ModuleLibrary.h"
 #include "Unit/Simulator/VirtualRun.h"
 
 #include <fmt/format.h>
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <array>
 #include <filesystem>
 #include <limits>
 
 namespace
 {
 namespace fs = std::filesystem;
-
-constexpr std::array<const char*, 2> FILE_KEYS = {"drive.file", "unit.file"};
-
-bool namesFile(const ScenarioOverride& given)
-{
-    return std::find(FILE_KEYS.begin(), FILE_KEYS.end(), given.sPath) != FILE_KEYS.end() &&
-           given.sValue.starts_with('"');
-}
-
-/** @return a text as it stands in a file; one in JSON is one in TOML */
-std::string tomlText(const std::string& sText)
-{
-    return nlohmann::json(sText).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
-}
 
 /** Adds a file, unless there is none of that name, as for a library that only the system knows to find. */
 void addFile(std::vector<CampaignInput>& inputs, const std::string& sRole, const std::string& sPath)
@@ -86,11 +71,7 @@ RunMeasures ScenarioRunner::run(const std::vector<ScenarioOverride>& overrides, 
 Scenario ScenarioRunner::load(std::vector<ScenarioOverride> overrides) const
 {
     for (ScenarioOverride& given : overrides) {
-        if (namesFile(given)) {
-            const std::string sFile =
-                given.sValue.substr(1, given.sValue.size() - 2); // a sweep's texts need no escapes
-            given.sValue = tomlText((fs::path(m_sFolder) / sFile).lexically_normal().string());
-        }
+        given = fromFolder(given, m_sFolder);
     }
     return loadScenario(m_sScenario, overrides);
 }

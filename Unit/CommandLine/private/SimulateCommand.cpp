@@ -1,6 +1,7 @@
 #include "Unit/CommandLine/SimulateCommand.h"
 
 #include "Unit/CommandLine/private/NumberRange.h"
+#include "Unit/CommandLine/private/OutputFiles.h"
 #include "Unit/CommandLine/private/SimulateRun.h"
 #include "Unit/Configuration/ValueRanges.h"
 
@@ -21,17 +22,6 @@ constexpr const char* EXAMPLES =
     "      the same with a noisier detector, for programs\n"
     "\n"
     "Exit codes: 0 well, 1 something failed or a measure is not as the scenario expects, 2 a wrong argument or file.";
-
-CLI::Validator picture()
-{
-    return CLI::Validator(
-        [](const std::string& sFile) {
-            return sFile.ends_with(".svg") || sFile.ends_with(".png")
-                       ? std::string()
-                       : fmt::format("\"{}\" ends neither with .svg nor with .png", sFile);
-        },
-        "");
-}
 
 void addInputs(CLI::App& command, SimulateOptions& options)
 {
@@ -65,7 +55,7 @@ void addOutputs(CLI::App& command, SimulateOptions& options)
         ->excludes(pEvery);
     command.add_option("--plot", options.plotFiles, "Draw the run, as .svg or .png; repeatable")
         ->type_name("FILE")
-        ->check(picture())
+        ->check(pictureFile())
         ->allow_extra_args(false);
     command.add_option("--html", options.sHtmlFile, "Make a page of the run that needs no other file")
         ->type_name("FILE");

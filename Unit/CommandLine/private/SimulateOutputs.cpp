@@ -1,39 +1,17 @@
 #include "Unit/CommandLine/private/SimulateOutputs.h"
 
-#include "Platform/ConfigurationError.h"
-#include "Unit/Plot/Gnuplot.h"
+#include "Unit/CommandLine/private/OutputFiles.h"
 #include "Unit/Simulator/RunPage.h"
 #include "Unit/Simulator/RunPlot.h"
 
 #include <fmt/format.h>
 
-#include <set>
-
-namespace
-{
-void checkNamedOnce(const SimulateOptions& options)
+SimulateOutputs::SimulateOutputs(const SimulateOptions& options)
 {
     std::vector<std::string> files = options.plotFiles;
     files.push_back(options.sCsvFile);
     files.push_back(options.sHtmlFile);
-    std::set<std::string> seen;
-    for (const std::string& sFile : files) {
-        if (!sFile.empty() && !seen.insert(sFile).second) {
-            throw ConfigurationError(fmt::format("{}: named for two outputs; give each a file of its own", sFile));
-        }
-    }
-}
-
-/** A run may take an hour; that its picture cannot be drawn has to be known before. */
-void checkPlotting()
-{
-    (void)runGnuplot("set print '-'\nprint 1\n");
-}
-} // namespace
-
-SimulateOutputs::SimulateOutputs(const SimulateOptions& options)
-{
-    checkNamedOnce(options);
+    checkNamedOnce(files);
     if (!options.sCsvFile.empty()) {
         m_pCsv = std::make_unique<StepCsv>(options.sCsvFile,
                                            StepCsvSettings{options.nEvery.value_or(1), options.bucketSeconds});
@@ -63,8 +41,7 @@ void SimulateOutputs::onStep(const VirtualStep& step)
 void SimulateOutputs::drawPlots(RunReport& report)
 {
     for (const auto& pPlot : m_plots) {
-        const EPicture ePicture = pPlot->path().ends_with(".svg") ? EPicture::Svg : EPicture::Png;
-        pPlot->write(runPlot(*m_pTrack, report.scenario, ePicture));
+        pPlot->write(runPlot(*m_pTrack, report.scenario, pictureFor(pPlot->path())));
         report.outputs.push_back(pPlot->path());
     }
 }

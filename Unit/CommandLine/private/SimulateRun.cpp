@@ -3,6 +3,7 @@
 #include "Platform/FileText.h"
 #include "Unit/CommandLine/CommandLine.h"
 #include "Unit/CommandLine/ProgressBar.h"
+#include "Unit/CommandLine/private/OutputFiles.h"
 #include "Unit/CommandLine/private/SimulateOutputs.h"
 #include "Unit/Process/StopSignals.h"
 #include "Unit/Simulator/VirtualRun.h"
@@ -11,11 +12,8 @@
 #include <nlohmann/json.hpp>
 #include <unistd.h>
 
-#include <cerrno>
 #include <chrono>
 #include <csignal>
-#include <stdexcept>
-#include <system_error>
 
 namespace
 {
@@ -60,14 +58,6 @@ std::string runToEnd(VirtualRun& run, const Scenario& scenario, const StopSignal
     return {};
 }
 
-void print(const std::string& sText)
-{
-    if (std::fwrite(sText.data(), 1, sText.size(), stdout) != sText.size() || std::fflush(stdout) != 0) {
-        throw std::runtime_error(
-            fmt::format("standard output cannot be written: {}", std::generic_category().message(errno)));
-    }
-}
-
 void printResult(const RunReport& report, const SimulateOptions& options)
 {
     for (const std::string& sWarning : report.warnings) {
@@ -75,10 +65,10 @@ void printResult(const RunReport& report, const SimulateOptions& options)
     }
     fmt::print(stderr, "{}", missedText(report));
     if (options.bJson) {
-        print(reportJson(report));
+        printOut(reportJson(report));
     }
     else if (!options.bQuiet) {
-        print(reportText(report));
+        printOut(reportText(report));
     }
 }
 } // namespace

@@ -135,6 +135,20 @@ private:
 };
 } // namespace
 
+EPicture pictureFor(const std::string& sPath)
+{
+    return sPath.ends_with(".png") ? EPicture::Png : EPicture::Svg;
+}
+
+std::string gnuplotText(const std::string& sText, std::size_t nMaximum)
+{
+    std::string sQuoted = "'";
+    for (const char c : oneLine(sText, nMaximum)) {
+        sQuoted += c == '\'' ? std::string("''") : std::string(1, c);
+    }
+    return sQuoted + "'";
+}
+
 std::string runGnuplot(const std::string& sScript)
 {
     const File pOutput = temporaryFile();

@@ -1,7 +1,8 @@
-#include "Unit/Simulator/private/MeasureText.h"
+#include "Unit/Simulator/MeasureText.h"
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <string_view>
@@ -39,6 +40,25 @@ std::string boundText(double value)
     return fmt::format("{}", value);
 }
 } // namespace
+
+std::string measureUnit(const RunMeasureKey& key)
+{
+    const std::string_view unit = unitOf(key).pUnit;
+    return std::string(unit.substr(unit.empty() ? 0 : 1));
+}
+
+std::string measureTitle(const RunMeasureKey& key)
+{
+    std::string sTitle = key.pName;
+    sTitle.erase(sTitle.size() - unitOf(key).ending.size());
+    std::replace(sTitle.begin(), sTitle.end(), '_', ' ');
+    return sTitle;
+}
+
+double measureScale(const RunMeasureKey& key)
+{
+    return unitOf(key).factor;
+}
 
 std::string measureText(const RunMeasureKey& key, double value)
 {

@@ -1,5 +1,5 @@
+#include "Unit/Simulator/MeasureText.h"
 #include "Unit/Simulator/RunReport.h"
-#include "Unit/Simulator/private/MeasureText.h"
 
 #include <fmt/format.h>
 

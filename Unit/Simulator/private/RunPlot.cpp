@@ -3,7 +3,6 @@
 #include "Unit/Plot/Gnuplot.h"
 #include "Unit/Simulator/private/EventText.h"
 #include "Unit/Simulator/private/PlotData.h"
-#include "Unit/Text/OneLine.h"
 
 #include <fmt/format.h>
 
@@ -92,19 +91,10 @@ private:
         return range.hasValues() && range.maximum - range.minimum > leastMove;
     }
 
-    static std::string quoted(const std::string& sText, std::size_t nMaximum)
-    {
-        std::string sQuoted = "'";
-        for (const char c : oneLine(sText, nMaximum)) {
-            sQuoted += c == '\'' ? std::string("''") : std::string(1, c);
-        }
-        return sQuoted + "'";
-    }
-
     void addTitle()
     {
         const std::string sTitle = m_scenario.sTitle.empty() ? m_scenario.sPath : m_scenario.sTitle;
-        add("set label {} at screen 0.085, screen 0.980 left noenhanced font ',15'\n", quoted(sTitle, 100));
+        add("set label {} at screen 0.085, screen 0.980 left noenhanced font ',15'\n", gnuplotText(sTitle, 100));
     }
 
     void addMarks()
@@ -117,7 +107,7 @@ private:
             if (!mark.sText.empty() && time - lastLabelled >= CLOSEST_LABELS * m_length) {
                 add("set label {} at {:.9g}, graph 0.03 rotate by 90 left offset 0.7, 0 noenhanced front font ',10' "
                     "textcolor rgb '#444444'\n",
-                    quoted(mark.sText, LONGEST_LABEL), time);
+                    gnuplotText(mark.sText, LONGEST_LABEL), time);
                 lastLabelled = time;
             }
         }

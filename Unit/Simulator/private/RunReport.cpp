@@ -1,10 +1,11 @@
 #include "Unit/Simulator/RunReport.h"
 
+#include "Unit/Text/ShellWord.h"
+
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <cmath>
-#include <string_view>
 
 using nlohmann::ordered_json;
 
@@ -37,21 +38,6 @@ ordered_json expectationJson(const ExpectationResult& result)
     json["value"] = numberOrNull(result.value);
     json["met"] = result.bMet;
     return json;
-}
-
-/** @return a word of a command line, quoted where a shell would read it otherwise */
-std::string shellWord(const std::string& sText)
-{
-    static constexpr std::string_view PLAIN =
-        "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_-+=./:,@%";
-    if (!sText.empty() && sText.find_first_not_of(PLAIN) == std::string::npos) {
-        return sText;
-    }
-    std::string sQuoted = "'";
-    for (const char c : sText) {
-        sQuoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    }
-    return sQuoted + "'";
 }
 } // namespace
 
