@@ -34,7 +34,6 @@ public:
     const std::string& path() const { return m_sPath; }
 
 private:
-    void openBeside();
     void flush();
     [[noreturn]] void fail(const char* pAction) const;
 

@@ -1,6 +1,7 @@
 #include "Unit/Files/NewFile.h"
 
 #include "Platform/ConfigurationError.h"
+#include "Unit/Files/FileBeside.h"
 
 #include <fcntl.h>
 #include <fmt/format.h>
@@ -11,34 +12,18 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
-#include <random>
 #include <stdexcept>
 #include <utility>
 
 namespace
 {
 constexpr std::size_t BUFFER_BYTES = 256UL * 1024;
-constexpr mode_t FILE_MODE = 0666; // less the user's umask
 constexpr mode_t PERMISSIONS = 07777;
-constexpr int MOST_TRIES = 100; // to find a name that nobody has
 
 ConfigurationError cannotBeMade(const std::string& sPath, const std::string& sReason)
 {
     return ConfigurationError(
         fmt::format("{}: cannot be written: {}; name a file in a folder that can be written to", sPath, sReason));
-}
-
-std::string randomLetters()
-{
-    static constexpr std::string_view LETTERS = "abcdefghijklmnopqrstuvwxyz0123456789";
-    constexpr std::size_t nLetters = 6;
-    std::random_device random;
-    std::uniform_int_distribution<std::size_t> letter(0, LETTERS.size() - 1);
-    std::string sName;
-    while (sName.size() < nLetters) {
-        sName += LETTERS[letter(random)];
-    }
-    return sName;
 }
 
 /** @return the path that a name leads to through symbolic links; the name itself where there is nothing yet */
@@ -61,7 +46,9 @@ NewFile::NewFile(std::string sPath) : m_sPath(std::move(sPath)), m_sFinalPath(wi
         m_fd = open(m_sPath.c_str(), O_WRONLY | O_CLOEXEC);
     }
     else if (!bThere || access(m_sFinalPath.c_str(), W_OK) == 0) { // a file that is write-protected is not replaced
-        openBeside();
+        FileBeside file = makeFileBeside(m_sFinalPath);
+        m_fd = file.fd;
+        m_sTemporaryPath = std::move(file.sPath);
     }
     if (m_fd < 0) {
         throw cannotBeMade(m_sPath, std::strerror(errno));
@@ -78,19 +65,6 @@ NewFile::~NewFile()
     }
     if (!m_sTemporaryPath.empty()) {
         unlink(m_sTemporaryPath.c_str());
-    }
-}
-
-void NewFile::openBeside()
-{
-    const std::filesystem::path path(m_sFinalPath);
-    for (int nTry = 0; nTry < MOST_TRIES && m_fd < 0; ++nTry) {
-        const std::string sName = fmt::format(".{}.{}", path.filename().string(), randomLetters());
-        m_sTemporaryPath = (path.parent_path() / sName).string();
-        m_fd = open(m_sTemporaryPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, FILE_MODE);
-        if (m_fd < 0 && errno != EEXIST) {
-            return;
-        }
     }
 }
 
