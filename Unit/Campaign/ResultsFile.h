@@ -61,6 +61,9 @@ public:
     /** Opens a file that exists, to read it; a campaign may go on with it meanwhile. */
     static ResultsFile openToRead(const std::string& sPath);
 
+    /** Opens a file that exists, to read it; no campaign goes on with it until this goes. */
+    static ResultsFile openToReadAlone(const std::string& sPath);
+
     ~ResultsFile();
     ResultsFile(ResultsFile&&) noexcept;
     ResultsFile& operator=(ResultsFile&&) = delete;

@@ -26,7 +26,8 @@ class Completion(unittest.TestCase):
         return sorted(filter(None, result.stdout.splitlines()))
 
     def test_commands(self):
-        self.assertEqual(self.complete(""), ["completion", "ctl", "fit-amplifier", "run", "simulate", "sweep", "sweep-report"])
+        self.assertEqual(self.complete(""), ["completion", "ctl", "fit-amplifier", "run", "simulate", "sweep", "sweep-merge",
+                                             "sweep-report"])
         self.assertEqual(self.complete("c"), ["completion", "ctl"])
         self.assertEqual(self.complete("completion", ""), ["bash"])
         self.assertEqual(self.complete("ctl", "t"), ["temperature", "trace", "tx"])

@@ -43,7 +43,7 @@ def options_in(text):
 def arguments_in(text):
     """Returns the arguments of a command's line, with the brackets of those that may be left out."""
     without_options = re.sub(r"\[--[^\]]*\]|--[a-z-]+ [A-Z]+", "", text)
-    return re.findall(r"\[?[A-Z]+(?:\.[a-z]+)?\]?(?= |$)|\[unit\.toml\]", without_options)
+    return re.findall(r"\[?[A-Z]+(?:\.[a-z]+)?\]?(?:\.{3})?(?= |$)|\[unit\.toml\]", without_options)
 
 
 class CommandManual(UnitTestCase):
@@ -84,7 +84,8 @@ class CommandManual(UnitTestCase):
         by_path = {helped.path: helped for helped in self.help.all()}
         for heading, path in (("DESCRIPTION", ()), ("OPC RUN", ("run",)), ("OPC CTL", ("ctl",)),
                               ("OPC FIT-AMPLIFIER", ("fit-amplifier",)), ("OPC SIMULATE", ("simulate",)),
-                              ("OPC SWEEP", ("sweep",)), ("OPC SWEEP-REPORT", ("sweep-report",))):
+                              ("OPC SWEEP", ("sweep",)), ("OPC SWEEP-MERGE", ("sweep-merge",)),
+                              ("OPC SWEEP-REPORT", ("sweep-report",))):
             with self.subTest(heading):
                 described = set()
                 for name in manual.entries(self.sections[heading]):

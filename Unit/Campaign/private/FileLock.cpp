@@ -1,5 +1,7 @@
 #include "Unit/Campaign/private/FileLock.h"
 
+#include "Platform/ConfigurationError.h"
+
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <unistd.h>
@@ -22,26 +24,37 @@ struct flock lockOf(short nType)
     lock.l_len = 1;
     return lock;
 }
+
+/** A file that is only read is somebody's input; one for results is where work has to go on. */
+[[noreturn]] void fail(ELock eLock, const std::string& sReason, const char* pAdvice)
+{
+    if (eLock == ELock::Read) {
+        throw ConfigurationError(fmt::format("{}; {}name another file", sReason, pAdvice));
+    }
+    throw std::runtime_error(fmt::format("{}; {}name another file with --results", sReason, pAdvice));
+}
 } // namespace
 
-FileLock::FileLock(const std::string& sPath) : m_fd(open(sPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, READ_AND_WRITE))
+FileLock::FileLock(const std::string& sPath, ELock eLock)
+    : m_fd(eLock == ELock::Write ? open(sPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, READ_AND_WRITE)
+                                 : open(sPath.c_str(), O_RDONLY | O_CLOEXEC))
 {
     if (m_fd < 0) {
-        throw std::runtime_error(
-            fmt::format("{}: cannot be written: {}; name another file with --results", sPath, std::strerror(errno)));
+        fail(eLock,
+             fmt::format("{}: cannot be {}: {}", sPath, eLock == ELock::Write ? "written" : "read",
+                         std::strerror(errno)),
+             "");
     }
-    const struct flock lock = lockOf(F_WRLCK);
+    const struct flock lock = lockOf(eLock == ELock::Write ? F_WRLCK : F_RDLCK);
     if (fcntl(m_fd, F_OFD_SETLK, &lock) == 0) {
         return;
     }
     const int nError = errno;
     (void)close(m_fd);
     if (nError == EACCES || nError == EAGAIN) {
-        throw std::runtime_error(fmt::format("{}: another process is at work on it; wait for its end, or name another "
-                                             "file with --results",
-                                             sPath));
+        fail(eLock, fmt::format("{}: another process is at work on it", sPath), "wait for its end, or ");
     }
-    throw std::runtime_error(fmt::format("{}: cannot be locked: {}", sPath, std::strerror(nError)));
+    fail(eLock, fmt::format("{}: cannot be locked: {}", sPath, std::strerror(nError)), "");
 }
 
 FileLock::~FileLock()

@@ -5,16 +5,26 @@
 
 #include <string>
 
+/** What a file is locked for. */
+enum class ELock
+{
+    Read, /**< others may read, too */
+    Write /**< nobody else; the file is made where there is none */
+};
+
 /**
- * A file's lock for as long as this stands; makes the file where there is none. It belongs to this opening of the file:
+ * A file's lock for as long as this stands. It belongs to this opening of the file:
  * SQLite, which gives up all locks of the process on the file at once, leaves it alone. A forked process has it too
  * until it closes what it inherited.
  */
 class FileLock
 {
 public:
-    /** @throws std::runtime_error when the file cannot be opened for writing, or another process has it */
-    explicit FileLock(const std::string& sPath);
+    /**
+     * @throws std::runtime_error, for reading ConfigurationError, when the file cannot be opened for that, or when
+     * another process has it
+     */
+    FileLock(const std::string& sPath, ELock eLock);
     ~FileLock();
 
     FileLock(const FileLock&) = delete;

@@ -54,6 +54,14 @@ SQLite::Database openReadOnly(const std::string& sPath)
     }
 }
 
+void refuseNoFile(const std::string& sPath)
+{
+    if (!std::filesystem::is_regular_file(sPath)) {
+        throw ConfigurationError(fmt::format("{}: {}; name a results file of opc sweep", sPath,
+                                             std::filesystem::exists(sPath) ? "is no file" : "does not exist"));
+    }
+}
+
 std::string shardText(const Shard& shard)
 {
     return shard.nCount == 1 ? "all runs" : fmt::format("shard {}/{}", shard.nIndex, shard.nCount);
@@ -77,7 +85,7 @@ class ResultsFile::Implementation
 {
 public:
     Implementation(const std::string& sPath, const CampaignDescription& wanted)
-        : m_sPath(sPath), m_lock(std::in_place, sPath),
+        : m_sPath(sPath), m_lock(std::in_place, sPath, ELock::Write),
           m_database(sPath, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE, BUSY_TIMEOUT_MS)
     {
         if (isEmptyDatabase(m_database)) {
@@ -95,8 +103,11 @@ public:
         m_insert.emplace(m_database, insertStatement(m_definition));
     }
 
-    explicit Implementation(const std::string& sPath) : m_sPath(sPath), m_database(openReadOnly(sPath))
+    Implementation(const std::string& sPath, bool bAlone) : m_sPath(sPath), m_database(openReadOnly(sPath))
     {
+        if (bAlone) {
+            m_lock.emplace(sPath, ELock::Read);
+        }
         m_description = readDescription(m_database, sPath);
         readDefinition();
     }
@@ -143,11 +154,14 @@ ResultsFile ResultsFile::openForRuns(const std::string& sPath, const CampaignDes
 
 ResultsFile ResultsFile::openToRead(const std::string& sPath)
 {
-    if (!std::filesystem::is_regular_file(sPath)) {
-        throw ConfigurationError(fmt::format("{}: {}; name a results file of opc sweep", sPath,
-                                             std::filesystem::exists(sPath) ? "is no file" : "does not exist"));
-    }
-    return guarded(sPath, [&] { return ResultsFile(std::make_unique<Implementation>(sPath)); });
+    refuseNoFile(sPath);
+    return guarded(sPath, [&] { return ResultsFile(std::make_unique<Implementation>(sPath, false)); });
+}
+
+ResultsFile ResultsFile::openToReadAlone(const std::string& sPath)
+{
+    refuseNoFile(sPath);
+    return guarded(sPath, [&] { return ResultsFile(std::make_unique<Implementation>(sPath, true)); });
 }
 
 const std::string& ResultsFile::path() const

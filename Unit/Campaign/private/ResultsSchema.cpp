@@ -136,13 +136,26 @@ CampaignDescription readDescription(SQLite::Database& database, const std::strin
     return description;
 }
 
-std::string insertStatement(const SweepDefinition& definition)
+std::string insertStatement(const SweepDefinition& definition, EPresentRun ePresent)
 {
-    std::string sSql = "INSERT INTO run VALUES (?, ?, ?, ?";
+    std::string sSql = ePresent == EPresentRun::Stays ? "INSERT OR IGNORE" : "INSERT";
+    sSql += " INTO run VALUES (?, ?, ?, ?";
     for (std::size_t n = 0; n < definition.parameters.size() + runMeasureKeys().size(); ++n) {
         sSql += ", ?";
     }
     return sSql + ")";
+}
+
+std::string sameRunStatement(const SweepDefinition& definition)
+{
+    std::string sSql = "SELECT count(*) FROM run WHERE number IS ? AND seed IS ? AND status IS ? AND error IS ?";
+    for (const SweepParameter& parameter : definition.parameters) {
+        sSql += fmt::format(" AND \"{}\" IS ?", parameter.sPath);
+    }
+    for (const RunMeasureKey& key : runMeasureKeys()) {
+        sSql += fmt::format(" AND \"{}\" IS ?", key.pName);
+    }
+    return sSql;
 }
 
 void bindRun(SQLite::Statement& statement, const ResultRow& row)

@@ -28,9 +28,20 @@ void updateTexts(SQLite::Database& database, const CampaignDescription& descript
 /** @throws ConfigurationError when the database is not that of a campaign */
 CampaignDescription readDescription(SQLite::Database& database, const std::string& sPath);
 
-/** @return the statement that adds a run; its values are bound by bindRun() */
-std::string insertStatement(const SweepDefinition& definition);
+/** What to do with a run that is there already. */
+enum class EPresentRun
+{
+    Fails,
+    Stays
+};
 
+/** @return the statement that adds a run; its values are bound by bindRun() */
+std::string insertStatement(const SweepDefinition& definition, EPresentRun ePresent = EPresentRun::Fails);
+
+/** @return the statement that counts the runs that are the same in every value; they are bound by bindRun() */
+std::string sameRunStatement(const SweepDefinition& definition);
+
+/** Binds a run to a statement with a value for each column. */
 void bindRun(SQLite::Statement& statement, const ResultRow& row);
 
 /** Adds what went wrong with the database to the path. */

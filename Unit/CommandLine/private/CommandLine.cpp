@@ -7,6 +7,7 @@
 #include "Unit/CommandLine/RunCommand.h"
 #include "Unit/CommandLine/SimulateCommand.h"
 #include "Unit/CommandLine/SweepCommand.h"
+#include "Unit/CommandLine/SweepMergeCommand.h"
 #include "Unit/CommandLine/SweepReportCommand.h"
 #include "Unit/CommandLine/private/NumberRange.h"
 #include "Unit/Process/Installation.h"
@@ -167,6 +168,7 @@ int parseAndCarryOut(int nArguments, const char* const* ppArguments)
     const FitCommand fit(app);
     const SimulateCommand simulation(app);
     const SweepCommand sweep(app);
+    const SweepMergeCommand sweepMerge(app);
     const SweepReportCommand sweepReport(app);
     const CLI::App* pCompletion = addCompletion(app);
     try {
@@ -187,6 +189,9 @@ int parseAndCarryOut(int nArguments, const char* const* ppArguments)
     }
     if (sweep.parsed()) {
         return sweep.run();
+    }
+    if (sweepMerge.parsed()) {
+        return sweepMerge.run();
     }
     if (sweepReport.parsed()) {
         return sweepReport.run();
