@@ -10,7 +10,11 @@ install(FILES "${PROJECT_BINARY_DIR}/module-link/libOutputPowerController.so"
   DESTINATION "${OPC_MODULE_FOLDER}" COMPONENT Program)
 install(FILES examples/unit.toml examples/storage.toml
   DESTINATION "${OPC_CONFIGURATION_FOLDER}" COMPONENT Program)
-install(DIRECTORY examples/calibration examples/profiles
+install(DIRECTORY examples/calibration
   DESTINATION "${OPC_CONFIGURATION_FOLDER}" COMPONENT Program FILES_MATCHING PATTERN "*.csv")
+install(FILES examples/profiles/fade.csv DESTINATION "${OPC_CONFIGURATION_FOLDER}/profiles" COMPONENT Program)
+# Scenarios and sweeps to run and to copy from. Nothing runs by them unasked, so that they are no configuration.
+install(DIRECTORY examples/profiles examples/scenarios examples/sweeps
+  DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/opc/examples" COMPONENT Program)
 install(FILES "${PROJECT_BINARY_DIR}/share/bash-completion/completions/opc"
   DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" COMPONENT Program)

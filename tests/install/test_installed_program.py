@@ -36,6 +36,10 @@ class InstalledProgram(InstallationTestCase):
         self.assertEqual(result.returncode, 2)
         self.assertIn(f"neither unit.toml in this folder nor {unit_file}", result.stdout)
 
+    def test_runs_an_installed_scenario_with_its_drive(self):
+        examples = self.prefix / "share" / "doc" / "opc" / "examples"
+        self.assert_well(self.opc("simulate", examples / "scenarios" / "recorded-drive.toml"))
+
     def test_has_the_completion_that_it_prints(self):
         completion = self.prefix / "share" / "bash-completion" / "completions" / "opc"
         self.assertEqual(completion.read_text(), self.opc("completion", "bash").stdout)

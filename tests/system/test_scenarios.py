@@ -1,4 +1,4 @@
-"""The shipped scenarios go as they expect, and every one of their expectations is missed when something is broken for it."""
+"""The shipped scenarios go as they expect, and each of their expectations is missed when something is broken for it."""
 
 import json
 import tomllib
@@ -145,7 +145,8 @@ class ShippedScenarios(UnitTestCase):
         settings = [argument for change in changes for argument in ("--set", change)]
         result = self.run_program("simulate", self.folder / "scenarios" / f"{scenario}.toml", "--json", *settings)
         self.assertIn(result.returncode, (0, 1), result.stderr)
-        return result.returncode, {found["measure"]: found["met"] for found in json.loads(result.stdout)["expectations"]}
+        expectations = json.loads(result.stdout)["expectations"]
+        return result.returncode, {found["measure"]: found["met"] for found in expectations}
 
     def files(self):
         return sorted(self.folder.parent.rglob("*"))
