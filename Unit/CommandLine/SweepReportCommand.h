@@ -5,7 +5,24 @@
 
 #include <CLI/CLI.hpp>
 
+#include <cstdint>
 #include <string>
+#include <vector>
+
+/** What a person asks of a sweep's results. */
+struct SweepReportOptions
+{
+    std::string sResultsFile;
+    std::vector<std::string> measures;
+    std::uint64_t nWorst = 3;
+    std::vector<std::string> by;
+    std::vector<std::string> conditions;
+    bool bBest = false;
+    std::string sCsvFile; /**< empty for none */
+    std::vector<std::string> plotFiles;
+    std::string sHtmlFile; /**< empty for none */
+    bool bJson = false;
+};
 
 /** `sweep-report` in a program's command tree. */
 class SweepReportCommand
@@ -28,7 +45,6 @@ public:
     int run() const;
 
 private:
-    std::string m_sResultsFile;
-    std::string m_sCsvFile;
+    SweepReportOptions m_options;
     CLI::App* m_pCommand;
 };

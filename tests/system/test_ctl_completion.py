@@ -54,6 +54,8 @@ class Completion(unittest.TestCase):
         self.assertEqual(self.complete("fit-amplifier", "--"),
                          ["--csv", "--frequency", "--help", "--json", "--max-power", "--supply"])
         self.assertEqual(self.complete("sweep", "--"), ["--help", "--jobs", "--results", "--retry-failed", "--shard"])
+        self.assertEqual(self.complete("sweep-report", "--"),
+                         ["--best", "--by", "--csv", "--help", "--json", "--measure", "--where", "--worst"])
         self.assertEqual(self.complete("run", "--unit"), [])
 
     def test_values_of_options_are_no_arguments(self):

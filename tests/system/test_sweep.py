@@ -165,8 +165,7 @@ class Sweep(UnitTestCase):
                                 (("sweep", "sweep.toml", "--jobs", "0"), "--jobs"),
                                 (("sweep", "sweep.toml", "--results", "text.db"), "is not a results file"),
                                 (("sweep-report", "absent.db", "--csv", "a.csv"), "absent.db: does not exist"),
-                                (("sweep-report", "text.db", "--csv", "a.csv"), "is not a results file"),
-                                (("sweep-report", "absent.db"), "--csv")):
+                                (("sweep-report", "text.db", "--csv", "a.csv"), "is not a results file")):
             with self.subTest(arguments):
                 result = self.run_program(*arguments)
                 self.assertEqual(result.returncode, 2, result.stderr)
