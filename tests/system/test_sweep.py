@@ -1,6 +1,7 @@
 """`opc sweep` makes many runs, whatever ends it in between, and `opc sweep-report` tells what they came to."""
 
 import csv
+import os
 import random
 import signal
 import subprocess
@@ -46,7 +47,7 @@ values = [-10, 20]
 path = "channel.tx_pmax_dbm"
 values = [30, 15]
 """
-RUNS = 1000
+RUNS = int(os.environ.get("OPC_SWEEP_RUNS", "1000"))
 LONG_S = 100.0  # so long that all runs take some seconds, and can be disturbed
 KILLS = 3
 
