@@ -55,7 +55,8 @@ class Completion(unittest.TestCase):
                          ["--csv", "--frequency", "--help", "--json", "--max-power", "--supply"])
         self.assertEqual(self.complete("sweep", "--"), ["--help", "--jobs", "--results", "--retry-failed", "--shard"])
         self.assertEqual(self.complete("sweep-report", "--"),
-                         ["--best", "--by", "--csv", "--help", "--json", "--measure", "--where", "--worst"])
+                         ["--best", "--by", "--csv", "--help", "--html", "--json", "--measure", "--plot", "--where",
+                          "--worst"])
         self.assertEqual(self.complete("run", "--unit"), [])
 
     def test_values_of_options_are_no_arguments(self):

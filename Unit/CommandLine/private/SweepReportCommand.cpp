@@ -2,14 +2,18 @@
 
 #include "Platform/ConfigurationError.h"
 #include "Unit/Campaign/ResultsCsv.h"
+#include "Unit/Campaign/SweepPage.h"
+#include "Unit/Campaign/SweepPlot.h"
 #include "Unit/Campaign/SweepReport.h"
 #include "Unit/CommandLine/CommandLine.h"
 #include "Unit/CommandLine/private/OutputFiles.h"
+#include "Unit/Files/NewFile.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <csignal>
+#include <memory>
 
 namespace
 {
@@ -22,6 +26,8 @@ constexpr const char* EXAMPLES =
     "      which parameter moves which measure, and the worst runs with the commands that replay them\n"
     "  opc sweep-report gain-study.db --by channel.gain_percent_on --where 'limit_cycle_db<=0.1'\n"
     "      measures by gain, and the share of runs without a large limit cycle\n"
+    "  opc sweep-report gain-study.db --plot gain-study.svg --html gain-study.html\n"
+    "      draws the effects, and makes a page of the report\n"
     "  opc sweep-report gain-study.db --csv gain-study.csv\n"
     "      a row per run, with its parameters and measures\n"
     "\n"
@@ -60,6 +66,12 @@ void addQuestions(CLI::App& command, SweepReportOptions& options)
 void addOutputs(CLI::App& command, SweepReportOptions& options)
 {
     command.add_option("--csv", options.sCsvFile, "Write a row per run into this file")->type_name("FILE");
+    command.add_option("--plot", options.plotFiles, "Draw the report, as .svg or .png; repeatable")
+        ->type_name("FILE")
+        ->check(pictureFile())
+        ->allow_extra_args(false);
+    command.add_option("--html", options.sHtmlFile, "Make a page of the report that needs no other file")
+        ->type_name("FILE");
     command.add_flag("--json", options.bJson, "Print the report as JSON");
 }
 
@@ -100,6 +112,55 @@ SweepQuestion questionOf(const SweepReportOptions& options, const SweepDefinitio
     question.bBest = options.bBest;
     return question;
 }
+/** The files that are asked for; they get their names when all of them are complete. */
+class SweepOutputs
+{
+public:
+    explicit SweepOutputs(const SweepReportOptions& options) : m_sCsvFile(options.sCsvFile)
+    {
+        std::vector<std::string> files = options.plotFiles;
+        files.push_back(options.sCsvFile);
+        files.push_back(options.sHtmlFile);
+        checkNamedOnce(files);
+        for (const std::string& sFile : options.plotFiles) {
+            m_plots.push_back(std::make_unique<NewFile>(sFile));
+        }
+        if (!options.sHtmlFile.empty()) {
+            m_pPage = std::make_unique<NewFile>(options.sHtmlFile);
+        }
+    }
+
+    bool onlyCsv() const { return !m_sCsvFile.empty() && m_plots.empty() && !m_pPage; }
+    bool none() const { return m_sCsvFile.empty() && m_plots.empty() && !m_pPage; }
+
+    void draw(const SweepReport& report)
+    {
+        for (const auto& pPlot : m_plots) {
+            pPlot->write(sweepPlot(report, pictureFor(pPlot->path())));
+        }
+        if (m_pPage) {
+            m_pPage->write(sweepPage(report, sweepPlot(report, EPicture::Svg)));
+        }
+    }
+
+    void finish(const ResultsFile& results)
+    {
+        if (!m_sCsvFile.empty()) {
+            writeResultsCsv(results, m_sCsvFile);
+        }
+        for (const auto& pPlot : m_plots) {
+            pPlot->finish();
+        }
+        if (m_pPage) {
+            m_pPage->finish();
+        }
+    }
+
+private:
+    std::string m_sCsvFile;
+    std::vector<std::unique_ptr<NewFile>> m_plots;
+    std::unique_ptr<NewFile> m_pPage;
+};
 } // namespace
 
 SweepReportCommand::SweepReportCommand(CLI::App& app)
@@ -115,14 +176,17 @@ SweepReportCommand::SweepReportCommand(CLI::App& app)
 
 int SweepReportCommand::run() const
 {
-    (void)std::signal(SIGPIPE, SIG_IGN); // of a reader of the report
+    (void)std::signal(SIGPIPE, SIG_IGN); // of gnuplot, and of a reader of the report
     const ResultsFile results = ResultsFile::openToRead(m_options.sResultsFile);
-    if (!m_options.sCsvFile.empty()) {
-        writeResultsCsv(results, m_options.sCsvFile);
+    const SweepQuestion question = questionOf(m_options, results.definition());
+    SweepOutputs outputs(m_options);
+    if (m_options.bJson || !outputs.onlyCsv()) {
+        const SweepReport report(results, question);
+        outputs.draw(report);
+        if (m_options.bJson || outputs.none()) {
+            printOut(m_options.bJson ? sweepReportJson(report) : sweepReportText(report));
+        }
     }
-    else {
-        const SweepReport report(results, questionOf(m_options, results.definition()));
-        printOut(m_options.bJson ? sweepReportJson(report) : sweepReportText(report));
-    }
+    outputs.finish(results);
     return eEXIT_OK;
 }

@@ -30,6 +30,7 @@ th, td {{ text-align: left; padding: .2rem .7rem .2rem 0; border-bottom: 1px sol
 th.group {{ padding-top: .9rem; }}
 td.value {{ text-align: right; white-space: nowrap; font-variant-numeric: tabular-nums; }}
 pre {{ background: var(--code); padding: .7rem; overflow-x: auto; border-radius: .4rem; font-size: .85rem; }}
+pre.command {{ margin: -.5rem 0 1rem; user-select: all; }}
 .missed {{ font-weight: bold; }}
 </style>
 </head>
