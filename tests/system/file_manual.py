@@ -7,7 +7,7 @@ import subprocess
 import manual
 from unit_runner import TIMEOUT_S
 
-TYPES = ("integer", "number", "text", "boolean", "table")
+TYPES = ("integer", "number", "text", "boolean", "table", "list")
 
 
 class Key:
@@ -31,11 +31,14 @@ class Key:
         return "1" if self.type == "table" else "{}"
 
     def expected_refusal(self):
-        """Returns what the reader says of such a value."""
+        """Returns what the end of the reader's message on such a value looks like."""
+        if self.type == "list":
+            return "a list.*"
         if self.type in ("integer", "number"):
-            return f"{'a whole number' if self.type == 'integer' else 'a number'} {self.range.group(0)}"
-        return {"text": "a text in quotes", "boolean": "true or false", "table": f"a table, written [{self.name}]"}[
-            self.type]
+            taken = re.escape(self.range.group(0)) if self.range else r"from \S+ to \S+"
+            return f" must be {'a whole number' if self.type == 'integer' else 'a number'} {taken}"
+        return " must be " + {"text": "a text in quotes", "boolean": "true or false",
+                              "table": re.escape(f"a table, written [{self.name}]")}[self.type]
 
     def other_values(self):
         """Returns values that the key may take, which are not those that hold without it."""
@@ -60,15 +63,16 @@ def described_tables(page):
 
 class FileManual:
     """
-    The tests of a page, for a UnitTestCase that has PAGE, KIND of the file and run_file(); the tables that are REPEATED,
-    the keys that are NEEDED with values, MORE of them that the smallest file has because other keys go with them, and
-    OTHER values where the bounds of a key are not taken. The table of the keys before all tables is "".
+    The tests of a page, for a UnitTestCase that has PAGE, KIND of the file and run_file(), and says what differs from
+    what follows. "" stands for the table of the keys before all tables.
     """
 
-    REPEATED = ()
-    MORE = {}
-    OTHER = {}
-    FREE_TABLES = ()  # their keys are not all known
+    REPEATED = ()  # tables that may come more than once
+    NEEDED = {}  # by table: keys that have to be there, with values
+    MORE = {}  # by table: further ones that the smallest file has, because something has to stand there
+    OTHER = {}  # by table and key: values where the bounds are not taken
+    SURROUNDINGS = {}  # by table and key: how the smallest file changes for a key to be looked at
+    FREE_TABLES = ()  # tables whose keys are not all known
 
     def setUp(self):
         super().setUp()
@@ -90,10 +94,12 @@ class FileManual:
         return "\n".join(lines) + "\n"
 
     def write(self, changes=None, left_out=None):
-        """Writes the smallest file that has every table, with a key more, or one less."""
+        """Writes the smallest file that has every table, with changes, of which None takes a key out, or a key less."""
         tables = {table: dict(self.NEEDED.get(table, {})) | self.MORE.get(table, {}) for table in self.keys}
         for (table, key), value in (changes or {}).items():
             tables.setdefault(table, {})[key] = value
+        tables = {table: {key: value for key, value in keys.items() if value is not None}
+                  for table, keys in tables.items()}
         if left_out:
             del tables[left_out[0]][left_out[1]]
         self.file.write_text(self.text_of(tables))
@@ -108,9 +114,16 @@ class FileManual:
     def values(self, changes=None):
         """Returns what such a file leads to; None when it is refused."""
         self.write(changes)
+        return self.values_of_file()
+
+    def values_of_file(self):
         program = os.environ[f"OPC_{self.KIND.upper()}_FILE_VALUES"]
         result = subprocess.run([program, self.file], capture_output=True, text=True, timeout=TIMEOUT_S, check=False)
         return result.stdout if result.returncode == 0 else None
+
+    def with_key(self, key, value):
+        """Returns the changes that give a key this value; None leaves it out."""
+        return {**self.SURROUNDINGS.get((key.table, key.name), {}), (key.table, key.name): value}
 
     def known(self, table):
         """Returns the keys that the reader names when it meets one that it does not know."""
@@ -128,14 +141,14 @@ class FileManual:
         for key in self.all_keys:
             with self.subTest(f"{key.table}.{key.name}"):
                 self.assertIn(key.type, TYPES)
-                message = self.refusal(changes={(key.table, key.name): key.wrong_value()})
-                self.assertEqual(message.partition(" must be ")[2], key.expected_refusal(), message)
+                message = self.refusal(changes=self.with_key(key, key.wrong_value()))
+                self.assertRegex(message, key.expected_refusal() + "$")
 
     def test_words_are_those_that_the_reader_takes(self):
         for key in self.all_keys:
             if key.words:
                 with self.subTest(f"{key.table}.{key.name}"):
-                    message = self.refusal(changes={(key.table, key.name): '"?"'}).partition("must be ")[2]
+                    message = self.refusal(changes=self.with_key(key, '"?"')).partition("must be ")[2]
                     taken = re.findall(r'"([^"]+)"', message) or message.removeprefix("one of ").split(", ")
                     self.assertEqual(key.words, taken)
 
@@ -148,14 +161,15 @@ class FileManual:
         self.assertEqual({(key.table, key.name) for key in self.all_keys if key.otherwise == "needed"}, set(needed))
 
     def test_defaults_are_what_holds_without_the_key(self):
-        otherwise = self.values()
         for key in self.all_keys:
             if key.otherwise == "needed" or key.name in self.MORE.get(key.table, {}):
                 continue
             with self.subTest(f"{key.table}.{key.name}"):
+                otherwise = self.values(self.with_key(key, None))
                 if key.default is not None:
-                    self.assertEqual(self.values({(key.table, key.name): key.default}), otherwise)
-                others = self.OTHER.get((key.table, key.name), key.other_values())
-                taken = list(filter(None, (self.values({(key.table, key.name): value}) for value in others)))
+                    self.assertIsNotNone(otherwise)
+                    self.assertEqual(self.values(self.with_key(key, key.default)), otherwise)
+                others = self.OTHER.get((key.table, key.name)) or key.other_values()
+                taken = list(filter(None, (self.values(self.with_key(key, value)) for value in others)))
                 self.assertTrue(taken, "the reader takes none of the values described")
                 self.assertNotIn(otherwise, taken, "another value makes no difference")

@@ -23,7 +23,7 @@ def output_of(*command):
 
 class ManPages(unittest.TestCase):
     def test_all_are_made(self):
-        self.assertEqual([page.name for page in PAGES], ["opc.1", "scenario.toml.5", "unit.toml.5"])
+        self.assertEqual([page.name for page in PAGES], ["opc.1", "scenario.toml.5", "sweep.toml.5", "unit.toml.5"])
 
     def test_mandoc_warns_of_nothing(self):
         for page in PAGES:
