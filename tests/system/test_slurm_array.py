@@ -105,10 +105,10 @@ class SlurmArray(UnitTestCase):
         self.assert_well(self.run_program("sweep-merge", "all.db", *sorted(self.where.glob("sweep-?-of-4.db"))))
 
     def test_a_requeued_task_goes_on_with_its_shard(self):
-        (self.where / "sweep.toml").write_text(SWEEP.replace("runs = 22", "runs = 100000\nduration_s = 100"))
+        (self.where / "sweep.toml").write_text(SWEEP.replace("runs = 22", "runs = 20000\nduration_s = 100"))
         job = self.submit("--array=1-1", self.script, "sweep.toml", 2)
         self.addCleanup(self.slurm.ask, "scancel", job)
-        self.wait_for_log("50000 runs, 0 of them done already")
+        self.wait_for_log("10000 runs, 0 of them done already")
         results = self.where / "sweep-1-of-2.db-wal"
         size = results.stat().st_size
         self.wait_for(lambda: results.stat().st_size > size)
@@ -116,7 +116,7 @@ class SlurmArray(UnitTestCase):
         self.wait_for_log("opc: SIGTERM: stopped with ")
         # Slurm would wait for two minutes.
         self.wait_for(lambda: self.slurm.ask("scontrol", "update", f"JobId={job}", "StartTime=now")
-                      or re.search(r"50000 runs, [1-9][0-9]* of them done already", self.outputs()))
+                      or re.search(r"10000 runs, [1-9][0-9]* of them done already", self.outputs()))
 
     def test_an_array_that_is_no_division_is_refused(self):
         job = self.submit("--array=2-3", "--output=array-%a.log", self.script, "sweep.toml")

@@ -5,10 +5,13 @@
 #include "Unit/Campaign/private/SweepCall.h"
 
 #include <fmt/format.h>
+#include <sys/stat.h>
 
 #include <cmath>
 #include <filesystem>
+#include <map>
 #include <optional>
+#include <utility>
 
 namespace
 {
@@ -16,13 +19,16 @@ namespace fs = std::filesystem;
 
 void refuseTwice(const std::vector<std::string>& files)
 {
-    for (std::size_t nSecond = 0; nSecond < files.size(); ++nSecond) {
-        for (std::size_t nFirst = 0; nFirst < nSecond; ++nFirst) {
-            std::error_code error; // one that is not there is told when its turn comes
-            if (files[nFirst] == files[nSecond] || fs::equivalent(files[nFirst], files[nSecond], error)) {
-                throw ConfigurationError(fmt::format("{}: is given twice{}; name each file once", files[nSecond],
-                                                     files[nFirst] == files[nSecond] ? "" : ", as " + files[nFirst]));
-            }
+    std::map<std::pair<dev_t, ino_t>, std::string> known;
+    for (const std::string& sPath : files) {
+        struct stat information = {};
+        if (stat(sPath.c_str(), &information) != 0) {
+            continue; // told when its turn comes
+        }
+        const auto [first, bNew] = known.try_emplace({information.st_dev, information.st_ino}, sPath);
+        if (!bNew) {
+            throw ConfigurationError(fmt::format("{}: is given twice{}; name each file once", sPath,
+                                                 first->second == sPath ? "" : ", as " + first->second));
         }
     }
 }
