@@ -62,7 +62,7 @@ struct BestLevel
 {
     std::vector<std::size_t> levels;  /**< of the other parameters */
     std::vector<std::size_t> meeting; /**< levels of the first, all of whose runs meet all conditions; ascending */
-    std::optional<SweepGroup> best;   /**< the one of these whose first measure's mean is the least bad */
+    std::optional<SweepGroup> best;   /**< the one of these with the best mean of the first measure */
 };
 
 /** @return the best level for each combination of the other parameters; a level whose runs lack the measure is none */

@@ -9,7 +9,7 @@ const std::array<RunMeasureKey, RUN_MEASURE_COUNT>& runMeasureKeys()
         {"overruns", &M::overruns, "deadlines skipped because handler calls took too long"},
         {"refused_calls", &M::refusedCalls, "calls that the simulated handler refused"},
         {"switch_ons", &M::switchOns, "times the transmitter was switched on"},
-        {"switch_ons_in_band", &M::switchOnsInBand, "switch-ons that came within the settling band"},
+        {"switch_ons_in_band", &M::switchOnsInBand, "switch-ons that came within the settling band", EWorse::Smaller},
         {"switch_on_to_1_db_ms", &M::switchOnTo1DbMs, "from switching on to an error of at most 1 dB, longest"},
         {"switch_on_to_0_1_db_ms", &M::switchOnTo01DbMs,
          "from switching on to an error within the settling band, "

@@ -124,6 +124,7 @@ std::vector<SweepGroup> groupRuns(const SweepRuns& runs, const std::vector<std::
             group.nMeeting += bMeets ? 1 : 0;
             group.nFailed += runs.failed[nRun] ? 1 : 0;
         }
+        group.measures.reserve(nMeasures);
         for (std::size_t nMeasure = 0; nMeasure < nMeasures; ++nMeasure) {
             group.measures.push_back(statisticsOf(runs, nMeasure, indices));
         }
@@ -149,6 +150,7 @@ std::vector<BestLevel> bestLevels(const SweepRuns& runs, const std::vector<Sweep
         }
     }
     std::vector<BestLevel> ordered;
+    ordered.reserve(bests.size());
     for (auto& [levels, best] : bests) {
         ordered.push_back(std::move(best));
     }

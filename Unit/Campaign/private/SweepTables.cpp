@@ -63,6 +63,19 @@ std::string rangesText(const SweepColumn& column, const std::vector<std::size_t>
     return sText.empty() ? "-" : sText;
 }
 
+const char* bestWord(const RunMeasureKey& key)
+{
+    switch (key.eWorse) {
+    case EWorse::Smaller:
+        return "highest";
+    case EWorse::FartherFromZero:
+        return "smallest";
+    case EWorse::Larger:
+        break;
+    }
+    return "lowest";
+}
+
 void addMeasureHeadings(const SweepReport& report, Table& table)
 {
     for (const RunMeasureKey* pKey : report.question.measures) {
@@ -200,9 +213,9 @@ std::string groupsText(const SweepReport& report)
     if (!report.question.bBest) {
         return sConditions.empty() ? "all runs" : "meeting: share of the runs with " + sConditions;
     }
-    const std::string sFirst = oneLine(report.parameter(report.question.by.front()).sName);
-    const std::string sAll =
-        sConditions.empty() ? "all of whose runs have " : "with " + sConditions + " in all runs, and ";
-    return fmt::format("meeting: {} {}{}; best: the one of these with the least bad mean {}", sFirst, sAll,
-                       report.question.measures.front()->pName, report.question.measures.front()->pName);
+    const RunMeasureKey& key = *report.question.measures.front();
+    return fmt::format(
+        "meeting: values of {} all of whose runs have {}{}{}; best: the one of these with the {} mean {}",
+        oneLine(report.parameter(report.question.by.front()).sName), key.pName, sConditions.empty() ? "" : " and ",
+        sConditions, bestWord(key), key.pName);
 }
