@@ -30,6 +30,7 @@ class SweepReportCommand
 public:
     /** Adds the command. @param app lives as long as this */
     explicit SweepReportCommand(CLI::App& app);
+    ~SweepReportCommand() = default;
 
     SweepReportCommand(const SweepReportCommand&) = delete;
     SweepReportCommand& operator=(const SweepReportCommand&) = delete;

@@ -3,11 +3,12 @@
 import html.parser
 import json
 import pathlib
+import re
 import shlex
 import subprocess
 import unittest
 
-from unit_runner import PROGRAM, TIMEOUT_S, UnitTestCase
+from unit_runner import EXAMPLES, PROGRAM, TIMEOUT_S, UnitTestCase
 
 SCENARIO = """
 duration_s = 4.0
@@ -291,6 +292,32 @@ class SweepReport(UnitTestCase):
         self.sweep()
         (self.where / "base scenario's.toml").unlink()
         self.assertIn("the scenario is not there any more", self.report())
+
+    def test_the_study_of_the_manual_is_true(self):
+        """Two of eight runs of each combination: the best gain may be a neighbour, as the minimum is flat."""
+        text = (EXAMPLES.parent / "docs" / "simulation.md").read_text(encoding="utf-8")
+        section = text.partition("## Which gain?\n")[2]
+        command = re.search(r"^\$ opc (sweep-report .*\\\n.*)$", section, re.MULTILINE).group(1)
+        told = re.findall(r"^([\d.]+) +([\d.]+) +(\d+ to \d+|-) +(\d+|-) +([\d.]+|-)", section, re.MULTILINE)
+        self.assertEqual(len(told), 16)
+        result = subprocess.run(self.command("sweep", "examples/sweeps/gain-study.toml", "--shard", "1/4", "--results",
+                                             "gain-study.db"), cwd=self.where, capture_output=True, text=True,
+                                timeout=4 * TIMEOUT_S, check=False)
+        self.assert_well(result)
+        result = self.run_program(*shlex.split(command.replace("\\\n", " ")), "--json")
+        self.assert_well(result)
+        for row, best in zip(told, json.loads(result.stdout)["best"], strict=True):
+            noise, step, meeting, gain, mean = row
+            with self.subTest(row):
+                self.assertEqual([f"{level:g}" for level in best["levels"].values()], [noise, step])
+                self.assertEqual(best["best"] is None, gain == "-")
+                if best["best"] is not None:
+                    lowest, highest = map(float, meeting.split(" to "))
+                    self.assertAlmostEqual(min(best["meeting"]), lowest, delta=5)
+                    self.assertAlmostEqual(max(best["meeting"]), highest, delta=15)
+                    self.assertAlmostEqual(best["best"]["levels"]["channel.gain_percent_on"], float(gain), delta=25)
+                    settling = best["best"]["measures"]["settling_max_ms"]["mean"]
+                    self.assertAlmostEqual(settling, float(mean), delta=0.4 * float(mean) + 6.0)
 
 
 if __name__ == "__main__":
