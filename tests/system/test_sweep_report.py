@@ -295,7 +295,7 @@ class SweepReport(UnitTestCase):
 
     def test_the_study_of_the_manual_is_true(self):
         """Two of eight runs of each combination: the best gain may be a neighbour, as the minimum is flat."""
-        text = (EXAMPLES.parent / "docs" / "simulation.md").read_text(encoding="utf-8")
+        text = (EXAMPLES.parent / "docs" / "campaigns.md").read_text(encoding="utf-8")
         section = text.partition("## Which gain?\n")[2]
         command = re.search(r"^\$ opc (sweep-report .*\\\n.*)$", section, re.MULTILINE).group(1)
         told = re.findall(r"^([\d.]+) +([\d.]+) +(\d+ to \d+|-) +(\d+|-) +([\d.]+|-)", section, re.MULTILINE)
