@@ -5,6 +5,7 @@ import json
 import pathlib
 import re
 import shlex
+import sqlite3
 import subprocess
 import unittest
 
@@ -292,6 +293,35 @@ class SweepReport(UnitTestCase):
         self.sweep()
         (self.where / "base scenario's.toml").unlink()
         self.assertIn("the scenario is not there any more", self.report())
+
+    def change_results(self, statement):
+        database = sqlite3.connect(self.where / "s.db")
+        with database:
+            database.execute(statement)
+        database.close()
+
+    def test_results_without_runs_cannot_be_reported(self):
+        self.sweep()
+        self.change_results("DELETE FROM run")
+        result = self.run_program("sweep-report", "s.db", "--html", "p.html")
+        self.assertEqual(result.returncode, 2, result.stderr)
+        self.assertEqual(result.stderr, f"opc: s.db: has no finished run of {RUNS} yet; opc sweep makes them\n")
+        self.assertFalse((self.where / "p.html").exists())
+
+    def test_where_all_runs_have_failed_there_is_nothing_to_compare(self):
+        self.sweep()
+        self.change_results("UPDATE run SET status = 'failed', error = 'no <power>'")
+        text = self.report()
+        self.assertIn("no run has it", text)
+        self.assertIn(f"failed: {RUNS} runs\n  run 0: no <power>\n    opc simulate ", text)
+        self.report("--plot", "p.svg", "--html", "p.html")
+        self.assertIn("run 0: no &lt;power&gt;", (self.where / "p.html").read_text(encoding="utf-8"))
+        self.assertIn("-", self.report("--by", "drive", "--best").splitlines()[-1])
+
+    def test_runs_that_are_missing_are_told(self):
+        self.sweep()
+        self.change_results("DELETE FROM run WHERE number >= 20")
+        self.assertIn(f"20 of {RUNS} made, 0 failed, 4 missing", self.report())
 
     def test_the_study_of_the_manual_is_true(self):
         """Two of eight runs of each combination: the best gain may be a neighbour, as the minimum is flat."""

@@ -105,6 +105,7 @@ std::vector<SweepGroup> groupRuns(const SweepRuns& runs, const std::vector<std::
     std::map<std::vector<std::size_t>, std::vector<std::size_t>> runsOf;
     for (std::size_t nRun = 0; nRun < runs.size(); ++nRun) {
         std::vector<std::size_t> levels;
+        levels.reserve(by.size());
         for (const std::size_t nParameter : by) {
             levels.push_back(runs.parameters[nParameter].levelOf[nRun]);
         }

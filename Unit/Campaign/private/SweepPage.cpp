@@ -7,20 +7,22 @@
 
 namespace
 {
+/** @return a row; all but its first cell are values */
+std::string rowText(const std::vector<std::string>& cells, const char* pElement)
+{
+    std::string sText = "<tr>";
+    for (const std::string& sCell : cells) {
+        const char* const pClass = &sCell == &cells.front() ? "" : " class=\"value\"";
+        sText += fmt::format("<{0}{1}>{2}</{0}>", pElement, pClass, escapedHtml(sCell));
+    }
+    return sText + "</tr>\n";
+}
+
 std::string tableText(const Table& table)
 {
-    std::string sText = "<div class=\"wide\"><table>\n<tr>";
-    for (const std::string& sHeading : table.headings) {
-        sText += fmt::format("<th>{}</th>", escapedHtml(sHeading));
-    }
-    sText += "</tr>\n";
+    std::string sText = "<div class=\"wide\"><table>\n" + rowText(table.headings, "th");
     for (const auto& row : table.rows) {
-        sText += "<tr>";
-        for (const std::string& sCell : row) {
-            const char* const pClass = &sCell == &row.front() ? "" : " class=\"value\"";
-            sText += fmt::format("<td{}>{}</td>", pClass, escapedHtml(sCell));
-        }
-        sText += "</tr>\n";
+        sText += rowText(row, "td");
     }
     return sText + "</table></div>\n";
 }

@@ -112,6 +112,7 @@ SweepQuestion questionOf(const SweepReportOptions& options, const SweepDefinitio
     question.bBest = options.bBest;
     return question;
 }
+
 /** The files that are asked for; they get their names when all of them are complete. */
 class SweepOutputs
 {
@@ -180,13 +181,15 @@ int SweepReportCommand::run() const
     const ResultsFile results = ResultsFile::openToRead(m_options.sResultsFile);
     const SweepQuestion question = questionOf(m_options, results.definition());
     SweepOutputs outputs(m_options);
+    std::string sPrinted;
     if (m_options.bJson || !outputs.onlyCsv()) {
         const SweepReport report(results, question);
         outputs.draw(report);
         if (m_options.bJson || outputs.none()) {
-            printOut(m_options.bJson ? sweepReportJson(report) : sweepReportText(report));
+            sPrinted = m_options.bJson ? sweepReportJson(report) : sweepReportText(report);
         }
     }
     outputs.finish(results);
+    printOut(sPrinted);
     return eEXIT_OK;
 }

@@ -28,7 +28,7 @@ figure svg {{ display: block; width: 100%; min-width: 38rem; height: auto; }}
 table {{ border-collapse: collapse; width: 100%; }}
 th, td {{ text-align: left; padding: .2rem .7rem .2rem 0; border-bottom: 1px solid var(--line); vertical-align: top; }}
 th.group {{ padding-top: .9rem; }}
-td.value {{ text-align: right; white-space: nowrap; font-variant-numeric: tabular-nums; }}
+.value {{ text-align: right; white-space: nowrap; font-variant-numeric: tabular-nums; }}
 pre {{ background: var(--code); padding: .7rem; overflow-x: auto; border-radius: .4rem; font-size: .85rem; }}
 pre.command {{ margin: -.5rem 0 1rem; user-select: all; }}
 .missed {{ font-weight: bold; }}
