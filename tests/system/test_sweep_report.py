@@ -1,47 +1,15 @@
 """`opc sweep-report` tells which parameter moves which measure, and how the worst runs are made again."""
 
-import html.parser
 import json
 import pathlib
 import re
 import shlex
-import sqlite3
 import subprocess
 import unittest
 
-from unit_runner import EXAMPLES, PROGRAM, TIMEOUT_S, UnitTestCase
+from swept import RUNS, SweptTestCase
+from unit_runner import EXAMPLES, PROGRAM, TIMEOUT_S
 
-SCENARIO = """
-duration_s = 4.0
-[[event]]
-at_s = 0.0
-request = "on"
-[[event]]
-at_s = 1.0
-requested_power_dbm = 12.0
-"""
-DRIVE = "time_s,requested_power_dBm\n0,10\n2,{power}\n"
-SWEEP = """
-[sweep]
-title = "Gain, limits and drives"
-scenario = "../base scenario's.toml"
-method = "grid"
-repeats = 2
-measures = ["settling_max_ms", "steady_rms_db"]
-[[parameter]]
-path = "channel.gain_percent_on"
-name = "gain in percent"
-values = [20, 50, 90]
-[[parameter]]
-path = "transmitter.detector_noise_db"
-name = "noise in dB"
-values = [0, 0.1]
-[[parameter]]
-path = "drive.file"
-name = "drive"
-values = ["quiet drive.csv", "../loud.csv"]
-"""
-RUNS = 24
 # The last of the four combinations has its limits the wrong way.
 FAILING_SWEEP = """
 [sweep]
@@ -57,55 +25,7 @@ values = [30, 15]
 """
 
 
-class Page(html.parser.HTMLParser):
-    """Checks that elements end, and remembers addresses and the contents of commands."""
-
-    VOID = {"meta", "path", "use", "rect", "circle"}
-
-    def __init__(self):
-        super().__init__()
-        self.open = []
-        self.addresses = []
-        self.commands = []
-
-    def handle_starttag(self, tag, attrs):
-        if tag not in self.VOID:
-            self.open.append((tag, dict(attrs).get("class")))
-        self.addresses += [value for name, value in attrs if name in ("src", "href", "xlink:href")]
-        if self.open and self.open[-1] == ("pre", "command"):
-            self.commands.append("")
-
-    def handle_endtag(self, tag):
-        if tag not in self.VOID:
-            assert self.open.pop()[0] == tag, tag
-
-    def handle_data(self, data):
-        if self.open and self.open[-1] == ("pre", "command"):
-            self.commands[-1] += data
-
-
-class SweepReport(UnitTestCase):
-    def setUp(self):
-        super().setUp()
-        self.where = self.folder.parent
-        (self.where / "base scenario's.toml").write_text(SCENARIO)
-        (self.where / "sweeps").mkdir()
-        (self.where / "sweeps" / "quiet drive.csv").write_text(DRIVE.format(power=11))
-        (self.where / "loud.csv").write_text(DRIVE.format(power=20))
-
-    def sweep(self, text=SWEEP, *arguments, code=0):
-        (self.where / "sweeps" / "s.toml").write_text(text)
-        result = self.run_program("sweep", "sweeps/s.toml", "--results", "s.db", *arguments)
-        self.assertEqual(result.returncode, code, result.stderr)
-
-    def report(self, *arguments, results="s.db"):
-        result = self.run_program("sweep-report", results, *arguments)
-        self.assert_well(result)
-        return result.stdout
-
-    def json(self, *arguments):
-        return json.loads(self.report("--json", *arguments))
-
+class SweepReport(SweptTestCase):
     def replay(self, command, where):
         """Runs a printed command as a shell would; returns the run's measures."""
         words = shlex.split(command)
@@ -226,79 +146,10 @@ class SweepReport(UnitTestCase):
                 self.assertIn(text, result.stderr)
                 self.assertEqual(result.stdout, "")
 
-    def test_pictures_are_drawn_of_effects_and_by_parameters(self):
-        self.sweep()
-        for arguments in ((), ("--by", "gain in percent,noise in dB,drive", "--where", "steady_rms_db<=0.05")):
-            with self.subTest(arguments):
-                self.assertEqual(self.report(*arguments, "--plot", "p.svg", "--plot", "p.png"), "")
-                svg = (self.where / "p.svg").read_text(encoding="utf-8")
-                for text in ("Gain, limits and drives", "gain in percent", "settling max in ms", "steady rms in dB"):
-                    self.assertIn(text, svg)
-                self.assertTrue((self.where / "p.png").read_bytes().startswith(b"\x89PNG"))
-
-    def test_the_page_has_it_all_and_needs_nothing_else(self):
-        self.sweep()
-        self.assertEqual(self.report("--html", "p.html"), "")
-        page = Page()
-        page.feed((self.where / "p.html").read_text(encoding="utf-8"))
-        page.close()
-        self.assertEqual(page.open, [])
-        self.assertEqual([address for address in page.addresses if not address.startswith("#")], [])
-        text = (self.where / "p.html").read_text(encoding="utf-8")
-        for part in ("<svg", "settling_max_ms", "share of variance", "[[parameter]]", "requested_power_dbm = 12.0"):
-            self.assertIn(part, text)
-        self.assertNotIn("<script", text)
-        expected = [run["command"] for measure in self.json()["measures"] for run in measure["worst"]]
-        self.assertEqual(page.commands, expected)
-        self.assertEqual(json.loads(self.report("--json", "--html", "p.html"))["title"], "Gain, limits and drives")
-
-    def test_what_cannot_be_written_leaves_nothing(self):
-        self.sweep()
-        (self.where / "kept.html").write_text("before")
-        before = sorted(path.name for path in self.where.iterdir())
-        for arguments, code, text in ((("--plot", "p.pdf"), 2, "ends neither with .svg nor with .png"),
-                                      (("--plot", "absent/p.svg"), 2, "absent/p.svg"),
-                                      (("--html", "absent/p.html", "--plot", "p.svg"), 2, "absent/p.html"),
-                                      (("--plot", "p.svg", "--plot", "p.svg"), 2, "named for two outputs"),
-                                      (("--html", "p.html", "--csv", "p.html"), 2, "named for two outputs"),
-                                      (("--html", "kept.html", "--csv", "absent/a.csv"), 2, "absent/a.csv"),
-                                      (("--html", "kept.html", "--by", "absent"), 2, "is no parameter"),
-                                      (("--plot", "p.svg", "--html", "s.db/p.html"), 2, "s.db/p.html")):
-            with self.subTest(arguments):
-                result = self.run_program("sweep-report", "s.db", *arguments)
-                self.assertEqual(result.returncode, code, result.stderr)
-                self.assertEqual(result.stderr.count("\n"), 1, result.stderr)
-                self.assertIn(text, result.stderr)
-                self.assertEqual(sorted(path.name for path in self.where.iterdir()), before)
-                self.assertEqual((self.where / "kept.html").read_text(), "before")
-        self.report("--html", "kept.html")
-        self.assertTrue((self.where / "kept.html").read_text(encoding="utf-8").startswith("<!DOCTYPE html>"))
-
-    def test_without_gnuplot_it_says_so_and_leaves_nothing(self):
-        self.sweep()
-        result = subprocess.run(self.command("sweep-report", "s.db", "--plot", "p.svg"), cwd=self.where,
-                                env={"PATH": "/nowhere"}, capture_output=True, text=True, timeout=TIMEOUT_S, check=False)
-        self.assertEqual(result.returncode, 1, result.stderr)
-        self.assertIn("gnuplot is not installed", result.stderr)
-        self.assertFalse((self.where / "p.svg").exists())
-
-    def test_too_many_lines_cannot_be_told_apart(self):
-        self.sweep(SWEEP.replace("[20, 50, 90]", "[10, 20, 30, 40, 50, 60, 70, 80, 90]"))
-        result = self.run_program("sweep-report", "s.db", "--by", "drive,gain in percent", "--plot", "p.svg")
-        self.assertEqual(result.returncode, 2)
-        self.assertIn("channel.gain_percent_on has 9 values, and a picture can have at most 8 lines", result.stderr)
-        self.assertFalse((self.where / "p.svg").exists())
-
     def test_the_scenario_may_be_gone(self):
         self.sweep()
         (self.where / "base scenario's.toml").unlink()
         self.assertIn("the scenario is not there any more", self.report())
-
-    def change_results(self, statement):
-        database = sqlite3.connect(self.where / "s.db")
-        with database:
-            database.execute(statement)
-        database.close()
 
     def test_results_without_runs_cannot_be_reported(self):
         self.sweep()
