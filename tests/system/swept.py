@@ -1,4 +1,4 @@
-"""Makes a small sweep, for the tests of what is told of it."""
+"""Small sweeps for the tests of what is made of them."""
 
 import json
 import sqlite3
@@ -36,6 +36,25 @@ name = "drive"
 values = ["quiet drive.csv", "../loud.csv"]
 """
 RUNS = 24
+
+# A sweep that is split into shards.
+SPLIT_SCENARIO = """
+duration_s = 1.0
+[[event]]
+at_s = 0.0
+request = "on"
+"""
+SPLIT_SWEEP = """
+[sweep]
+scenario = "base.toml"
+method = "random"
+runs = 22
+[[parameter]]
+path = "transmitter.detector_noise_db"
+distribution = "log-uniform"
+minimum = 0.005
+maximum = 0.5
+"""
 
 
 class SweptTestCase(UnitTestCase):

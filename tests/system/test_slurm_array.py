@@ -7,26 +7,10 @@ import time
 import unittest
 
 from local_slurm import COMMAND_S, LocalSlurm
+from swept import SPLIT_SCENARIO, SPLIT_SWEEP
 from unit_runner import PROGRAM, UnitTestCase
 
 JOBS_S = 60
-SCENARIO = """
-duration_s = 1.0
-[[event]]
-at_s = 0.0
-request = "on"
-"""
-SWEEP = """
-[sweep]
-scenario = "base.toml"
-method = "random"
-runs = 22
-[[parameter]]
-path = "transmitter.detector_noise_db"
-distribution = "log-uniform"
-minimum = 0.005
-maximum = 0.5
-"""
 MERGE = "opc sweep-merge all.db sweep-*-of-4.db"
 
 
@@ -42,8 +26,8 @@ class SlurmArray(UnitTestCase):
         super().setUp()
         self.where = self.folder.parent
         self.script = self.folder / "sweeps" / "slurm-array.sh"
-        (self.where / "base.toml").write_text(SCENARIO)
-        (self.where / "sweep.toml").write_text(SWEEP)
+        (self.where / "base.toml").write_text(SPLIT_SCENARIO)
+        (self.where / "sweep.toml").write_text(SPLIT_SWEEP)
 
     def submit(self, *arguments):
         """Returns the job's number."""
@@ -105,7 +89,7 @@ class SlurmArray(UnitTestCase):
         self.assert_well(self.run_program("sweep-merge", "all.db", *sorted(self.where.glob("sweep-?-of-4.db"))))
 
     def test_a_requeued_task_goes_on_with_its_shard(self):
-        (self.where / "sweep.toml").write_text(SWEEP.replace("runs = 22", "runs = 20000\nduration_s = 100"))
+        (self.where / "sweep.toml").write_text(SPLIT_SWEEP.replace("runs = 22", "runs = 20000\nduration_s = 100"))
         job = self.submit("--array=1-1", self.script, "sweep.toml", 2)
         self.addCleanup(self.slurm.ask, "scancel", job)
         self.wait_for_log("10000 runs, 0 of them done already")

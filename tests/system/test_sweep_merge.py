@@ -4,25 +4,9 @@ import sqlite3
 import subprocess
 import unittest
 
+from swept import SPLIT_SCENARIO, SPLIT_SWEEP
 from unit_runner import TIMEOUT_S, UnitTestCase
 
-SCENARIO = """
-duration_s = 1.0
-[[event]]
-at_s = 0.0
-request = "on"
-"""
-SWEEP = """
-[sweep]
-scenario = "base.toml"
-method = "random"
-runs = 22
-[[parameter]]
-path = "transmitter.detector_noise_db"
-distribution = "log-uniform"
-minimum = 0.005
-maximum = 0.5
-"""
 SHARDS = [f"sweep-{index}-of-4.db" for index in (1, 2, 3, 4)]
 
 
@@ -30,8 +14,8 @@ class SweepMerge(UnitTestCase):
     def setUp(self):
         super().setUp()
         self.where = self.folder.parent
-        (self.where / "base.toml").write_text(SCENARIO)
-        (self.where / "sweep.toml").write_text(SWEEP)
+        (self.where / "base.toml").write_text(SPLIT_SCENARIO)
+        (self.where / "sweep.toml").write_text(SPLIT_SWEEP)
 
     def sweep(self, *arguments):
         self.assert_well(self.run_program("sweep", "sweep.toml", *arguments))
@@ -103,7 +87,7 @@ class SweepMerge(UnitTestCase):
         self.sweep()
         (self.where / "text.db").write_text("no database " * 100)
         (self.where / "there.db").write_text("")
-        (self.where / "other.toml").write_text(SWEEP.replace("22", "23"))
+        (self.where / "other.toml").write_text(SPLIT_SWEEP.replace("22", "23"))
         self.assert_well(self.run_program("sweep", "other.toml"))
         with sqlite3.connect(self.where / SHARDS[1]) as file:
             file.execute("UPDATE run SET steps = 7 WHERE number = 5")
@@ -126,7 +110,7 @@ class SweepMerge(UnitTestCase):
                 self.assertEqual(self.made(), [])
 
     def test_a_file_that_a_sweep_is_at_work_on_is_refused(self):
-        (self.where / "long.toml").write_text(SWEEP.replace("runs = 22", "runs = 100000\nduration_s = 100"))
+        (self.where / "long.toml").write_text(SPLIT_SWEEP.replace("runs = 22", "runs = 100000\nduration_s = 100"))
         process = subprocess.Popen(self.command("sweep", "long.toml", "--jobs", "1"), cwd=self.where,
                                    stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
         self.addCleanup(process.stderr.close)
