@@ -1,6 +1,7 @@
 """`opc sweep-report` tells which parameter moves which measure, and how the worst runs are made again."""
 
 import json
+import os
 import pathlib
 import re
 import shlex
@@ -174,6 +175,8 @@ class SweepReport(SweptTestCase):
         self.change_results("DELETE FROM run WHERE number >= 20")
         self.assertIn(f"20 of {RUNS} made, 0 failed, 4 missing", self.report())
 
+    @unittest.skipIf("OPC_SWEEP_RUNS" in os.environ and int(os.environ["OPC_SWEEP_RUNS"]) < 1000,
+                     "a quarter of the study's 5120 runs takes minutes where each is emulated or not optimised")
     def test_the_study_of_the_manual_is_true(self):
         """Two of eight runs of each combination: the best gain may be a neighbour, as the minimum is flat."""
         text = (EXAMPLES.parent / "docs" / "campaigns.md").read_text(encoding="utf-8")
