@@ -5,6 +5,7 @@
 #include "Unit/Campaign/ScenarioRunner.h"
 #include "Unit/CommandLine/CommandLine.h"
 #include "Unit/CommandLine/ProgressBar.h"
+#include "Unit/CommandLine/private/FirstSignal.h"
 #include "Unit/Process/StopSignals.h"
 
 #include <fmt/format.h>
@@ -75,7 +76,7 @@ class SweepObserver final : public ICampaignObserver
 {
 public:
     SweepObserver(const StopSignals& signals, const SweepDefinition& definition, unsigned int nJobs)
-        : m_signals(signals), m_definition(definition), m_nJobs(nJobs)
+        : m_signal(signals), m_definition(definition), m_nJobs(nJobs)
     {}
 
     void onStart(std::uint64_t nDone, std::uint64_t nTotal) override
@@ -93,15 +94,9 @@ public:
         note(fmt::format("run {}: {}{}{}", nRun, sError, sLastWords.empty() ? "" : "; it wrote:\n", sLastWords));
     }
 
-    bool wantsStop() override
-    {
-        if (m_sSignal.empty()) {
-            m_sSignal = m_signals.wait(0);
-        }
-        return !m_sSignal.empty();
-    }
+    bool wantsStop() override { return m_signal.hasCome(); }
 
-    const std::string& signal() const { return m_sSignal; }
+    const std::string& signal() const { return m_signal.name(); }
 
     void eraseBar() { m_bar.reset(); }
 
@@ -117,11 +112,10 @@ private:
         }
     }
 
-    const StopSignals& m_signals;
+    FirstSignal m_signal;
     const SweepDefinition& m_definition;
     unsigned int m_nJobs;
     std::optional<ProgressBar> m_bar;
-    std::string m_sSignal;
 };
 
 int tell(const CampaignOutcome& outcome, const std::string& sSignal, const CampaignOptions& options)

@@ -3,6 +3,7 @@
 #include "Unit/Campaign/ResultsMerge.h"
 #include "Unit/CommandLine/CommandLine.h"
 #include "Unit/CommandLine/ProgressBar.h"
+#include "Unit/CommandLine/private/FirstSignal.h"
 #include "Unit/Process/StopSignals.h"
 
 #include <fmt/format.h>
@@ -30,7 +31,7 @@ constexpr const char* EXAMPLES =
 class MergeObserver final : public IMergeObserver
 {
 public:
-    explicit MergeObserver(const StopSignals& signals) : m_signals(signals) {}
+    explicit MergeObserver(const StopSignals& signals) : m_signal(signals) {}
 
     void onProgress(std::uint64_t nDone, std::uint64_t nTotal) override
     {
@@ -41,22 +42,15 @@ public:
         m_bar->update(static_cast<double>(nDone));
     }
 
-    bool wantsStop() override
-    {
-        if (m_sSignal.empty()) {
-            m_sSignal = m_signals.wait(0);
-        }
-        return !m_sSignal.empty();
-    }
+    bool wantsStop() override { return m_signal.hasCome(); }
 
-    const std::string& signal() const { return m_sSignal; }
+    const std::string& signal() const { return m_signal.name(); }
 
     void eraseBar() { m_bar.reset(); }
 
 private:
-    const StopSignals& m_signals;
+    FirstSignal m_signal;
     std::optional<ProgressBar> m_bar;
-    std::string m_sSignal;
 };
 
 void tellMissing(const MergeOutcome& outcome, const std::string& sOutput)
