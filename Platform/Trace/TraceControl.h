@@ -29,7 +29,7 @@ struct TraceGroupLevel
     int nLevel;
 };
 
-/** Control of the trace. May be called from any thread. */
+/** Control of the trace. May be called from any thread, but where it says otherwise. */
 class EAF_PUBLIC TraceControl
 {
 public:
@@ -57,7 +57,8 @@ public:
 
     /**
      * Waits until the system log has the lines that were written before the call. Without a system logger that does not
-     * take longer: the lines are lost then, which the trace group "SystemLog" says once at level 1.
+     * take longer: the lines are lost then, which the trace group "SystemLog" says once at level 1. Any thread but
+     * the regulation thread of a running unit.
      * @return false when the time passed before that
      */
     static bool waitForSystemLog(std::chrono::milliseconds limit);

@@ -12,7 +12,7 @@ using testing::MatchesRegex;
 
 using CodeTraceTest = TraceFixture;
 
-constexpr const char* PATH = "Control/Some/private/File_c";
+constexpr const char* CODE_PATH = "Control/Some/private/File_c";
 
 TEST_F(CodeTraceTest, MapsCodesToLevels)
 {
@@ -36,7 +36,7 @@ TEST_F(CodeTraceTest, BeginsAtLevelThree)
 
 TEST_F(CodeTraceTest, GathersARecordIntoALine)
 {
-    GT_beginImpl(&OPC_trace, 1, PATH, 45);
+    GT_beginImpl(&OPC_trace, 1, CODE_PATH, 45);
     GT_rawprintf("Null pointer in %s\n", "argument");
     GT_rawprintf("      code: %#lx\n", 0x8002UL);
     EXPECT_THAT(texts(), IsEmpty());
@@ -44,7 +44,7 @@ TEST_F(CodeTraceTest, GathersARecordIntoALine)
     ASSERT_EQ(m_records.size(), 1U);
     EXPECT_EQ(m_records[0].sGroup, "OPC");
     EXPECT_EQ(m_records[0].nLevel, 1);
-    EXPECT_EQ(m_records[0].sSourcePath, PATH);
+    EXPECT_EQ(m_records[0].sSourcePath, CODE_PATH);
     EXPECT_EQ(m_records[0].nLine, 45);
     EXPECT_EQ(m_records[0].sText, "Null pointer in argument       code: 0x8002");
 }
@@ -52,7 +52,7 @@ TEST_F(CodeTraceTest, GathersARecordIntoALine)
 TEST_F(CodeTraceTest, WritesToStandardErrorAlone)
 {
     const std::string sWritten = standardErrorOf([] {
-        GT_beginImpl(&TI_trace, 4, PATH, 7);
+        GT_beginImpl(&TI_trace, 4, CODE_PATH, 7);
         GT_rawprintf("text");
         GT_endImpl();
     });
@@ -62,12 +62,12 @@ TEST_F(CodeTraceTest, WritesToStandardErrorAlone)
 
 TEST_F(CodeTraceTest, CutsALongRecord)
 {
-    GT_beginImpl(&OPC_trace, 1, PATH, 1);
+    GT_beginImpl(&OPC_trace, 1, CODE_PATH, 1);
     GT_rawprintf("%s", std::string(1000, 'a').c_str());
     GT_rawprintf("%s", std::string(1000, 'b').c_str());
     GT_rawprintf("more");
     GT_endImpl();
-    GT_beginImpl(&OPC_trace, 1, PATH, 2);
+    GT_beginImpl(&OPC_trace, 1, CODE_PATH, 2);
     GT_rawprintf("short");
     GT_endImpl();
     EXPECT_THAT(texts(), ElementsAre(std::string(1000, 'a') + std::string(23, 'b'), "short"));
@@ -75,9 +75,9 @@ TEST_F(CodeTraceTest, CutsALongRecord)
 
 TEST_F(CodeTraceTest, EndsARecordWhenTheNextBegins)
 {
-    GT_beginImpl(&OPC_trace, 1, PATH, 1);
+    GT_beginImpl(&OPC_trace, 1, CODE_PATH, 1);
     GT_rawprintf("first");
-    GT_beginImpl(&TI_trace, 1, PATH, 2);
+    GT_beginImpl(&TI_trace, 1, CODE_PATH, 2);
     GT_rawprintf("second");
     GT_endImpl();
     EXPECT_THAT(texts(), ElementsAre("first", "second"));
@@ -87,7 +87,7 @@ TEST_F(CodeTraceTest, LeavesOutWhatBelongsToNoRecord)
 {
     GT_rawprintf("before");
     GT_endImpl();
-    GT_beginImpl(nullptr, 1, PATH, 1);
+    GT_beginImpl(nullptr, 1, CODE_PATH, 1);
     GT_rawprintf("of no object");
     GT_endImpl();
     GT_beginImpl(&OPC_trace, 1, nullptr, 1);
@@ -100,11 +100,11 @@ TEST_F(CodeTraceTest, LeavesOutWhatBelongsToNoRecord)
 
 TEST_F(CodeTraceTest, KeepsTheRecordsOfThreadsApart)
 {
-    GT_beginImpl(&OPC_trace, 1, PATH, 1);
+    GT_beginImpl(&OPC_trace, 1, CODE_PATH, 1);
     GT_rawprintf("of this ");
     std::thread([] {
         GT_rawprintf("of nobody");
-        GT_beginImpl(&TI_trace, 1, PATH, 2);
+        GT_beginImpl(&TI_trace, 1, CODE_PATH, 2);
         GT_rawprintf("of another thread");
         GT_endImpl();
     }).join();
@@ -116,9 +116,9 @@ TEST_F(CodeTraceTest, KeepsTheRecordsOfThreadsApart)
 TEST_F(CodeTraceTest, StandsBesideAStreamMessage)
 {
     KmtTrace trace("Test.Beside", 5);
-    std::ostream& message = trace.beginLogMsg(5, PATH, 1);
+    std::ostream& message = trace.beginLogMsg(5, CODE_PATH, 1);
     message << "stream ";
-    GT_beginImpl(&OPC_trace, 1, PATH, 2);
+    GT_beginImpl(&OPC_trace, 1, CODE_PATH, 2);
     GT_rawprintf("code");
     message << "message" << std::endl;
     GT_endImpl();

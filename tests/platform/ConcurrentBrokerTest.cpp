@@ -15,7 +15,7 @@ namespace
 constexpr int THREADS = 4;
 constexpr int ROUNDS = 500;
 
-class PlainInterface : public virtual IInterface
+class SharedInterface : public virtual IInterface
 {
 };
 
@@ -34,7 +34,7 @@ template <class TCall> void runInThreads(TCall call)
 TEST(ConcurrentBroker, LetsOneThreadWinAName)
 {
     std::array<std::atomic<int>, ROUNDS> winners{};
-    PlainInterface interface;
+    SharedInterface interface;
     runInThreads([&](int) {
         for (std::size_t nRound = 0; nRound < ROUNDS; ++nRound) {
             if (InterfaceBroker::getInstance().registerInterface("Race" + std::to_string(nRound), &interface) == EAF_OK)
@@ -55,7 +55,7 @@ TEST(ConcurrentBroker, ServesThreadsWithNamesOfTheirOwn)
     std::atomic<int> nWrong{0};
     runInThreads([&nWrong](int nThread) {
         const std::string sName = "Own" + std::to_string(nThread);
-        PlainInterface interface;
+        SharedInterface interface;
         int nRecord = 0;
         void* pBroker = nullptr;
         CInterfaceBroker_GetInstance(&pBroker);

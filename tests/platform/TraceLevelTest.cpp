@@ -13,14 +13,14 @@ namespace
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr const char* PATH = "Control/Some/private/File";
+constexpr const char* LEVEL_PATH = "Control/Some/private/File";
 
 class TraceLevelTest : public TraceFixture
 {
 protected:
     static void write(KmtTrace& trace, int nLevel)
     {
-        trace.beginLogMsg(nLevel, PATH, 1) << "level " << nLevel << std::endl;
+        trace.beginLogMsg(nLevel, LEVEL_PATH, 1) << "level " << nLevel << std::endl;
     }
 
     static std::optional<int> levelOf(const std::string& sGroup)

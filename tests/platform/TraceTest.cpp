@@ -14,17 +14,17 @@ using testing::MatchesRegex;
 
 using TraceTest = TraceFixture;
 
-constexpr const char* PATH = "Control/Some/private/File";
+constexpr const char* STREAM_PATH = "Control/Some/private/File";
 
 TEST_F(TraceTest, HandsARecordToTheListener)
 {
     KmtTrace trace("Test.Record", 5);
-    trace.beginLogMsg(5, PATH, 42) << "regulate"
-                                   << "(): value " << -7 << std::endl;
+    trace.beginLogMsg(5, STREAM_PATH, 42) << "regulate"
+                                          << "(): value " << -7 << std::endl;
     ASSERT_EQ(m_records.size(), 1U);
     EXPECT_EQ(m_records[0].sGroup, "Test.Record");
     EXPECT_EQ(m_records[0].nLevel, 5);
-    EXPECT_EQ(m_records[0].sSourcePath, PATH);
+    EXPECT_EQ(m_records[0].sSourcePath, STREAM_PATH);
     EXPECT_EQ(m_records[0].nLine, 42);
     EXPECT_EQ(m_records[0].sText, "regulate(): value -7");
 }
@@ -33,8 +33,8 @@ TEST_F(TraceTest, WritesOneLinePerRecordToStandardError)
 {
     KmtTrace trace("Test.Line", 5);
     const std::string sWritten = standardErrorOf([&trace] {
-        trace.beginLogMsg(1, PATH, 42) << "first" << std::endl;
-        trace.beginLogMsg(6, PATH, 43) << "dropped" << std::endl;
+        trace.beginLogMsg(1, STREAM_PATH, 42) << "first" << std::endl;
+        trace.beginLogMsg(6, STREAM_PATH, 43) << "dropped" << std::endl;
     });
     EXPECT_THAT(sWritten, MatchesRegex("[0-9][0-9][0-9][0-9]-[0-9][0-9]-[0-9][0-9]T[0-9][0-9]:[0-9][0-9]:[0-9][0-9]"
                                        "[.][0-9][0-9][0-9] Test[.]Line 1 Control/Some/private/File:42: first\n"));
@@ -44,7 +44,7 @@ TEST_F(TraceTest, WritesFormatCharactersAsTheyAre)
 {
     KmtTrace trace("Test.Format", 5);
     const std::string sWritten =
-        standardErrorOf([&trace] { trace.beginLogMsg(4, PATH, 1) << "100 % {} %s %n" << std::endl; });
+        standardErrorOf([&trace] { trace.beginLogMsg(4, STREAM_PATH, 1) << "100 % {} %s %n" << std::endl; });
     EXPECT_NE(sWritten.find(": 100 % {} %s %n\n"), std::string::npos) << sWritten;
     ASSERT_EQ(systemLogLines().size(), 1U);
     EXPECT_EQ(systemLogLines()[0].sText, "Test.Format: 100 % {} %s %n");
@@ -53,52 +53,52 @@ TEST_F(TraceTest, WritesFormatCharactersAsTheyAre)
 TEST_F(TraceTest, MakesAMessageOfSeveralLinesOne)
 {
     KmtTrace trace("Test.Lines", 5);
-    trace.beginLogMsg(5, PATH, 1) << "a\nb\r\nc\t\x1B[31md "
-                                  << "\n"
-                                  << std::endl;
+    trace.beginLogMsg(5, STREAM_PATH, 1) << "a\nb\r\nc\t\x1B[31md "
+                                         << "\n"
+                                         << std::endl;
     EXPECT_THAT(texts(), ElementsAre("a b  c  [31md "));
 }
 
 TEST_F(TraceTest, WritesAnEmptyMessage)
 {
     KmtTrace trace("Test.Empty", 5);
-    trace.beginLogMsg(5, PATH, 1) << std::endl;
-    trace.beginLogMsg(5, PATH, 2) << std::flush;
+    trace.beginLogMsg(5, STREAM_PATH, 1) << std::endl;
+    trace.beginLogMsg(5, STREAM_PATH, 2) << std::flush;
     EXPECT_THAT(texts(), ElementsAre(""));
 }
 
 TEST_F(TraceTest, BeginsEachMessageWithTheUsualFormat)
 {
     KmtTrace trace("Test.Flags", 5);
-    std::ostream& message = trace.beginLogMsg(5, PATH, 1);
+    std::ostream& message = trace.beginLogMsg(5, STREAM_PATH, 1);
     message.width(6);
     message.fill('*');
     message << std::hex << std::showbase << 255 << std::endl;
     message.precision(2);
     message.width(9);
-    trace.beginLogMsg(5, PATH, 2) << 255 << " " << 1.23456 << std::endl;
+    trace.beginLogMsg(5, STREAM_PATH, 2) << 255 << " " << 1.23456 << std::endl;
     EXPECT_THAT(texts(), ElementsAre("**0xff", "255 1.23456"));
 }
 
 TEST_F(TraceTest, RecoversFromAStreamThatACallerSpoiled)
 {
     KmtTrace trace("Test.Spoiled", 5);
-    std::ostream& message = trace.beginLogMsg(5, PATH, 1);
+    std::ostream& message = trace.beginLogMsg(5, STREAM_PATH, 1);
     message.setstate(std::ios_base::failbit);
     message.exceptions(std::ios_base::goodbit);
-    trace.beginLogMsg(7, PATH, 2) << "dropped" << std::endl;
-    trace.beginLogMsg(5, PATH, 3) << "kept" << std::endl;
-    trace.beginLogMsg(5, PATH, 4).exceptions(std::ios_base::badbit);
-    EXPECT_NO_THROW(trace.beginLogMsg(7, PATH, 5) << "dropped" << std::endl);
+    trace.beginLogMsg(7, STREAM_PATH, 2) << "dropped" << std::endl;
+    trace.beginLogMsg(5, STREAM_PATH, 3) << "kept" << std::endl;
+    trace.beginLogMsg(5, STREAM_PATH, 4).exceptions(std::ios_base::badbit);
+    EXPECT_NO_THROW(trace.beginLogMsg(7, STREAM_PATH, 5) << "dropped" << std::endl);
     EXPECT_THAT(texts(), ElementsAre("kept"));
 }
 
 TEST_F(TraceTest, KeepsAMessageThatWasNotEnded)
 {
     KmtTrace trace("Test.Unended", 5);
-    trace.beginLogMsg(5, PATH, 1) << "first";
-    trace.beginLogMsg(7, PATH, 2) << "dropped";
-    trace.beginLogMsg(5, PATH, 3) << "second" << std::endl;
+    trace.beginLogMsg(5, STREAM_PATH, 1) << "first";
+    trace.beginLogMsg(7, STREAM_PATH, 2) << "dropped";
+    trace.beginLogMsg(5, STREAM_PATH, 3) << "second" << std::endl;
     EXPECT_THAT(texts(), ElementsAre("first", "second"));
     EXPECT_EQ(m_records[0].nLine, 1);
     EXPECT_EQ(m_records[1].nLine, 3);
@@ -116,7 +116,7 @@ TEST_F(TraceTest, TakesNullTextsForEmptyOnes)
 TEST_F(TraceTest, AllocatesNothingForADroppedMessage)
 {
     KmtTrace trace("Test.Allocation", 3);
-    trace.beginLogMsg(3, PATH, 1) << "first of this thread" << std::endl;
+    trace.beginLogMsg(3, STREAM_PATH, 1) << "first of this thread" << std::endl;
     const std::size_t nBefore = allocationCount();
     for (int nMessage = 0; nMessage < 100; ++nMessage) {
         trace.beginLogMsg(5, "a path that is too long to be kept inside a string object", nMessage)
@@ -134,7 +134,7 @@ TEST_F(TraceTest, DoesNotMixTheMessagesOfThreads)
     const std::string sWritten = standardErrorOf([&trace] {
         const auto write = [&trace](char cFill) {
             for (int nMessage = 0; nMessage < MESSAGES; ++nMessage) {
-                std::ostream& message = trace.beginLogMsg(5, PATH, nMessage);
+                std::ostream& message = trace.beginLogMsg(5, STREAM_PATH, nMessage);
                 for (int nPart = 0; nPart < 20; ++nPart) {
                     message << cFill << cFill;
                 }
@@ -163,7 +163,7 @@ TEST_F(TraceTest, ServesAThreadThatTracesWhileItEnds)
     struct LateTracer
     {
         LateTracer() = default;
-        ~LateTracer() { trace.beginLogMsg(5, PATH, 2) << "late" << std::endl; }
+        ~LateTracer() { trace.beginLogMsg(5, STREAM_PATH, 2) << "late" << std::endl; }
         LateTracer(const LateTracer&) = delete;
         LateTracer& operator=(const LateTracer&) = delete;
         int nUse = 0;
@@ -171,7 +171,7 @@ TEST_F(TraceTest, ServesAThreadThatTracesWhileItEnds)
     std::thread([] {
         static thread_local LateTracer t_tracer;
         t_tracer.nUse = 1;
-        trace.beginLogMsg(5, PATH, 1) << "early" << std::endl;
+        trace.beginLogMsg(5, STREAM_PATH, 1) << "early" << std::endl;
     }).join();
     EXPECT_THAT(texts(), ElementsAre("early", "late"));
 }
@@ -184,12 +184,12 @@ TEST_F(TraceTest, KeepsAListenersTroubleFromTheCaller)
         ++nCalls;
         throw std::runtime_error("listener");
     });
-    EXPECT_NO_THROW(trace.beginLogMsg(5, PATH, 1) << "a" << std::endl);
+    EXPECT_NO_THROW(trace.beginLogMsg(5, STREAM_PATH, 1) << "a" << std::endl);
     TraceControl::setListener([&nCalls, &trace](const TraceRecord&) {
         ++nCalls;
-        trace.beginLogMsg(5, PATH, 2) << "traced by the listener" << std::endl;
+        trace.beginLogMsg(5, STREAM_PATH, 2) << "traced by the listener" << std::endl;
     });
-    trace.beginLogMsg(5, PATH, 3) << "b" << std::endl;
+    trace.beginLogMsg(5, STREAM_PATH, 3) << "b" << std::endl;
     EXPECT_EQ(nCalls, 2);
 }
 
@@ -198,9 +198,9 @@ TEST_F(TraceTest, ReplacesTheListener)
     KmtTrace trace("Test.Replace", 5);
     int nSecond = 0;
     TraceControl::setListener([&nSecond](const TraceRecord&) { ++nSecond; });
-    trace.beginLogMsg(5, PATH, 1) << "a" << std::endl;
+    trace.beginLogMsg(5, STREAM_PATH, 1) << "a" << std::endl;
     TraceControl::setListener({});
-    trace.beginLogMsg(5, PATH, 2) << "b" << std::endl;
+    trace.beginLogMsg(5, STREAM_PATH, 2) << "b" << std::endl;
     EXPECT_EQ(nSecond, 1);
     EXPECT_THAT(texts(), IsEmpty());
 }

@@ -5,6 +5,7 @@
 #include "Platform/Csv/CsvFile.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace
@@ -15,7 +16,7 @@ void checkAxis(const std::string& sName, const char* pAxis, const std::vector<in
     const auto it = std::adjacent_find(axis.begin(), axis.end(), std::greater_equal<>());
     if (it != axis.end()) {
         throw ConfigurationError("calibration table " + sName + ": " + pAxis + " axis does not ascend from " +
-                                 std::to_string(*it) + " to " + std::to_string(*(it + 1)) +
+                                 std::to_string(*it) + " to " + std::to_string(*std::next(it)) +
                                  "; give each position once, in ascending order");
     }
 }

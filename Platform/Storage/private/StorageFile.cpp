@@ -2,6 +2,7 @@
 
 #include "Platform/ConfigurationError.h"
 #include "Platform/FileText.h"
+#include "Platform/TomlKeys.h"
 
 #include <toml++/toml.h>
 
@@ -16,12 +17,13 @@ constexpr const char* TABLE_NAME = "variables";
 toml::table parse(const std::string& sPath)
 {
     const std::string sText = readFileText(sPath);
+    refuseLongKeys(sText, sPath);
     try {
         return toml::parse(sText, sPath);
     }
     catch (const toml::parse_error& error) {
         throw ConfigurationError::atLine(sPath, error.source().begin.line,
-                                         "is not TOML (" + std::string(error.description()) +
+                                         "is not TOML (" + printable(std::string(error.description())) +
                                              "); write lines such as \"ChannelSpacing\" = 7");
     }
 }

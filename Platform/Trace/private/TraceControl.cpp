@@ -1,5 +1,6 @@
 #include "Platform/Trace/TraceControl.h"
 
+#include "Platform/Threads/ThreadRules.h"
 #include "Platform/Trace/private/TraceGroups.h"
 #include "Platform/Trace/private/TraceOutput.h"
 
@@ -32,6 +33,7 @@ void TraceControl::setSystemLog(const SystemLogSettings& settings)
 
 bool TraceControl::waitForSystemLog(std::chrono::milliseconds limit)
 {
+    refuseThreadRole(EThreadRole::Regulation, "TraceControl::waitForSystemLog");
     return TraceOutput::get().systemLog().wait(limit);
 }
 

@@ -41,7 +41,8 @@ std::string_view makeOneLine(char* pText, std::size_t nSize)
     return {pText, nSize};
 }
 
-thread_local TraceThread* t_pThread = nullptr;
+// One pointer, for which there is always room beside those of the program itself: it is reached without a call.
+[[gnu::tls_model("initial-exec")]] thread_local TraceThread* t_pThread = nullptr;
 
 // Runs after the destructors of a thread's thread-local objects, which may trace too; not for the main thread, which
 // traces until the process has ended.
@@ -73,7 +74,7 @@ void TraceMessage::begin(const TraceGroup& group, int nLevel, const char* pSourc
 
 void TraceMessage::write() noexcept
 {
-    if (m_pGroup == nullptr || m_sText.empty()) {
+    if (!isBegun()) {
         return;
     }
     // Emptied afterwards, not moved, so that the memory serves the next message.
@@ -152,11 +153,17 @@ TraceThread& TraceThread::current()
 std::ostream& TraceThread::beginMessage(const TraceGroup& group, int nLevel, const char* pSourcePath, int nLine)
 {
     // A message that its caller did not end is not lost.
-    m_message.write();
-    m_stream.exceptions(std::ios_base::goodbit);
+    if (m_message.isBegun()) {
+        m_message.write();
+    }
+    if (m_stream.exceptions() != std::ios_base::goodbit) {
+        m_stream.exceptions(std::ios_base::goodbit);
+    }
     if (nLevel != TRACE_LEVEL_SYSTEM_LOG && !isWanted(group, nLevel)) {
         // A bad stream neither formats nor stores what is inserted.
-        m_stream.setstate(std::ios_base::badbit);
+        if (!m_stream.bad()) {
+            m_stream.setstate(std::ios_base::badbit);
+        }
         return m_stream;
     }
     m_message.begin(group, nLevel, pSourcePath, nLine);

@@ -19,6 +19,9 @@ class TraceMessage : public std::streambuf
 public:
     void begin(const TraceGroup& group, int nLevel, const char* pSourcePath, int nLine);
 
+    /** @return whether there is text that has not been written */
+    bool isBegun() const { return m_pGroup != nullptr && !m_sText.empty(); }
+
     /** Writes the text gathered, if any. */
     void write() noexcept;
 
