@@ -13,8 +13,8 @@ install(FILES examples/unit.toml examples/storage.toml
 install(DIRECTORY examples/calibration
   DESTINATION "${OPC_CONFIGURATION_FOLDER}" COMPONENT Program FILES_MATCHING PATTERN "*.csv")
 install(FILES examples/profiles/fade.csv DESTINATION "${OPC_CONFIGURATION_FOLDER}/profiles" COMPONENT Program)
-# Scenarios and sweeps to run and to copy from. Nothing runs by them unasked, so that they are no configuration.
-install(DIRECTORY examples/profiles examples/scenarios examples/sweeps
+# Scenarios, sweeps and a fleet to run and to copy from. Nothing runs by them unasked, so that they are no configuration.
+install(DIRECTORY examples/fleet examples/profiles examples/scenarios examples/sweeps
   DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/opc/examples" COMPONENT Program)
 install(FILES "${PROJECT_BINARY_DIR}/share/bash-completion/completions/opc"
   DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" COMPONENT Program)

@@ -59,9 +59,10 @@ long OutputPowerController::unInitialize()
     return EAF_OK;
 }
 
-std::ostream& OutputPowerController::beginTrace(int nLevel, int nLine)
+TraceLine OutputPowerController::beginTrace(int nLevel, int nLine)
 {
-    return ms_trace.beginLogMsg(nLevel, "Control/OutputPowerController/private/OutputPowerController", nLine);
+    return TraceLine(
+        ms_trace.beginLogMsg(nLevel, "Control/OutputPowerController/private/OutputPowerController", nLine));
 }
 
 void OutputPowerController::traceEntry(const char* pOperation, int nLine)

@@ -5,6 +5,7 @@
 
 #include "Control/FrequencyHandler/IFrequencyHandler.h"
 #include "Control/OutputPowerController/IOutputPowerController.h"
+#include "Control/OutputPowerController/private/TraceLine.h"
 #include "Control/OutputPowerHandler/IOutputPowerHandler_c.h"
 #include "Control/TemperatureHandler/ITemperatureHandler.h"
 #include "Platform/Calibration/CCalibrationHandler.h"
@@ -191,5 +192,5 @@ private:
     /** Traces an operation's entry at level 5. */
     static void traceEntry(const char* pOperation, int nLine = __builtin_LINE());
     /** Begins a message with this class' source path. */
-    static std::ostream& beginTrace(int nLevel, int nLine = __builtin_LINE());
+    static TraceLine beginTrace(int nLevel, int nLine = __builtin_LINE());
 };

@@ -1,8 +1,8 @@
 /** @file
  * The arithmetic of one regulator step: pure functions on 32-bit powers.
  *
- * Sums, differences and products wrap in 32 bits, as the step has always done on the target; a limit is tested from
- * above first, so that crossed limits give the upper one.
+ * Sums, differences and products wrap in 32 bits, as the step has always done on the target. The upper limit is tested
+ * first: where limits cross, what is above the upper one gives that, and everything else the lower one.
  */
 #pragma once
 
