@@ -4,7 +4,7 @@
 #pragma once
 
 #include "Simulation/Handlers/HandlerFault.h"
-#include "Simulation/Transmitter/TransmitterParameters.h"
+#include "Simulation/Transmitter/Transmitter.h"
 
 #include <cstdint>
 #include <optional>
@@ -40,6 +40,9 @@ public:
 
     /** @return the lower limit that the latest getPctrlLimits() gave its caller; none when that failed */
     virtual std::optional<std::int32_t> givenLowerLimit() const = 0;
+
+    /** @return what the gain chain is set to; no fault reaches this */
+    virtual const ChainSetting& chain() const = 0;
 
     /** @return the true output power in dBm; -infinity when nothing is radiated */
     virtual double outputPowerDbm() const = 0;

@@ -17,6 +17,7 @@ struct RunMeasures
     double failedSteps = 0.0;
     double overruns = 0.0;
     double refusedCalls = NO_MEASURE;
+    double safetyViolations = NO_MEASURE;
 
     double switchOns = 0.0;
     double switchOnsInBand = 0.0;
@@ -77,7 +78,7 @@ struct RunMeasureKey
 };
 
 /** Number of keys in runMeasureKeys(). */
-inline constexpr std::size_t RUN_MEASURE_COUNT = 36;
+inline constexpr std::size_t RUN_MEASURE_COUNT = 37;
 
 /** @return every measure, in the order of RunMeasures */
 const std::array<RunMeasureKey, RUN_MEASURE_COUNT>& runMeasureKeys();

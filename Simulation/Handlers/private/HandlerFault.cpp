@@ -22,6 +22,7 @@ constexpr std::array<const char*, 7> FAULT_NAMES = {"none",        "fail", "fail
 template <class TEnum, std::size_t COUNT> const char* nameOf(const std::array<const char*, COUNT>& names, TEnum eValue)
 {
     const auto nIndex = static_cast<std::size_t>(eValue);
+    // cppcheck-suppress CastIntegerToAddressAtReturn ; both are texts
     return nIndex < COUNT ? names[nIndex] : "?";
 }
 

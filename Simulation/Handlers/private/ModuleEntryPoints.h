@@ -27,6 +27,7 @@ template <class THandler> void constructHandler(void** ppModule, unsigned int nC
 
 template <class THandler> void destructHandler(void* pModule) noexcept
 {
+    // cppcheck-suppress unreadVariable ; its destructor is what is wanted
     const std::unique_ptr<THandler> pHandler(static_cast<THandler*>(pModule));
 }
 

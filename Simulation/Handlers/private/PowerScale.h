@@ -3,12 +3,12 @@
  */
 #pragma once
 
+#include "Platform/Conversions.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <limits>
-
-inline constexpr double CENTI_DB_PER_DB = 100.0;
 
 /** @return the nearest value of the table's scale, the range's end for what is beyond it */
 inline std::int32_t toCentiDb(double decibels)

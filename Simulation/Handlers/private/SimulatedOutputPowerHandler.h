@@ -72,6 +72,7 @@ public:
     void countDelays() override { m_faults.countDelays(); }
     std::uint64_t takeDelayUs() override { return m_faults.takeDelayUs(); }
     std::optional<std::int32_t> givenLowerLimit() const override { return m_nGivenLowerLimit; }
+    const ChainSetting& chain() const override { return m_transmitter.setting(); }
     double outputPowerDbm() const override { return m_transmitter.outputPowerDbm(); }
     std::uint64_t refusedCalls() const override { return m_nRefusedCalls; }
 

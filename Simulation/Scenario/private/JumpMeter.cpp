@@ -1,5 +1,6 @@
 #include "Simulation/Scenario/private/JumpMeter.h"
 
+#include "Platform/Conversions.h"
 #include "Simulation/Scenario/TrackingMeasures.h"
 #include "Simulation/Scenario/private/MeterTolerance.h"
 
@@ -12,7 +13,6 @@ namespace
 constexpr std::uint32_t SETTLED_STEPS = 10; // in a row within the band
 /** Moves that follow each other by at most so many steps in one direction are one jump. */
 constexpr std::uint32_t CHAIN_STEPS = 2;
-constexpr double MICROSECONDS_PER_MILLISECOND = 1e3;
 } // namespace
 
 JumpMeter::JumpMeter(double settlingBandDb) : m_bandDb(settlingBandDb + METER_ROUNDING_DB) {}
@@ -118,9 +118,9 @@ void JumpMeter::fill(RunMeasures& measures) const
     measures.jumps = static_cast<double>(m_nJumps);
     measures.jumpsSettled = static_cast<double>(m_nJumpsSettled);
     if (m_nJumpsSettled > 0) {
-        const double totalMs = static_cast<double>(m_nSettlingTotalUs) / MICROSECONDS_PER_MILLISECOND;
+        const double totalMs = static_cast<double>(m_nSettlingTotalUs) / US_PER_MS;
         measures.settlingMeanMs = totalMs / static_cast<double>(m_nJumpsSettled);
-        measures.settlingMaxMs = static_cast<double>(m_nSettlingMaxUs) / MICROSECONDS_PER_MILLISECOND;
+        measures.settlingMaxMs = static_cast<double>(m_nSettlingMaxUs) / US_PER_MS;
     }
     const double overshootDb = m_bWatching ? std::max(m_overshootDb, m_watchedOvershootDb) : m_overshootDb;
     measures.overshootDb = overshootDb < 0.0 ? NO_MEASURE : overshootDb;

@@ -8,6 +8,7 @@ const std::array<RunMeasureKey, RUN_MEASURE_COUNT>& runMeasureKeys()
         {"failed_steps", &M::failedSteps, "steps that failed"},
         {"overruns", &M::overruns, "deadlines skipped because handler calls took too long"},
         {"refused_calls", &M::refusedCalls, "calls that the simulated handler refused"},
+        {"safety_violations", &M::safetyViolations, "breaches of a safety rule"},
         {"switch_ons", &M::switchOns, "times the transmitter was switched on"},
         {"switch_ons_in_band", &M::switchOnsInBand, "switch-ons that came within the settling band", EWorse::Smaller},
         {"switch_on_to_1_db_ms", &M::switchOnTo1DbMs, "from switching on to an error of at most 1 dB, longest"},

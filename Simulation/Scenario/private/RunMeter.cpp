@@ -1,5 +1,6 @@
 #include "Simulation/Scenario/RunMeter.h"
 
+#include "Platform/Conversions.h"
 #include "Simulation/Scenario/private/JumpMeter.h"
 #include "Simulation/Scenario/private/LimitCycleFinder.h"
 #include "Simulation/Scenario/private/MeterTolerance.h"
@@ -14,9 +15,6 @@
 
 namespace
 {
-constexpr double CENTI_DB_PER_DB = 100.0;
-constexpr double MICROSECONDS_PER_MILLISECOND = 1e3;
-constexpr double MICROSECONDS_PER_SECOND = 1e6;
 constexpr double NARROW_DB = 1.0 + METER_ROUNDING_DB;
 constexpr double WIDE_DB = 2.0 + METER_ROUNDING_DB;
 constexpr double NO_POWER_ERROR_DB = -100.0; // what no power at all counts as
@@ -33,9 +31,8 @@ public:
     Implementation(const MeasureSettings& settings, std::int64_t nIntervalUs)
         : m_bAgainstTarget(settings.eReference == EPowerReference::Target),
           m_toleranceDb(settings.emissionToleranceDb + METER_ROUNDING_DB),
-          m_stepSeconds(static_cast<double>(nIntervalUs) / MICROSECONDS_PER_SECOND),
-          m_switchOn(settings.settlingBandDb), m_jump(settings.settlingBandDb),
-          m_limitCycle(static_cast<double>(nIntervalUs) / MICROSECONDS_PER_MILLISECOND)
+          m_stepSeconds(static_cast<double>(nIntervalUs) / US_PER_S), m_switchOn(settings.settlingBandDb),
+          m_jump(settings.settlingBandDb), m_limitCycle(static_cast<double>(nIntervalUs) / US_PER_MS)
     {}
 
     void add(const MeasuredStep& step)

@@ -1,5 +1,6 @@
 #include "Simulation/Scenario/private/SteadyMeter.h"
 
+#include "Platform/Conversions.h"
 #include "Simulation/Scenario/private/MeterTolerance.h"
 
 #include <algorithm>
@@ -7,7 +8,6 @@
 
 namespace
 {
-constexpr double CENTI_DB_PER_DB = 100.0;
 constexpr double LARGEST_CENTI_DB = 1e9;
 constexpr std::uint32_t PER_MILLE = 999;
 

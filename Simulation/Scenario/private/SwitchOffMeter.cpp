@@ -1,5 +1,7 @@
 #include "Simulation/Scenario/private/SwitchOffMeter.h"
 
+#include "Platform/Conversions.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -22,10 +24,9 @@ void SwitchOffMeter::add(const MeasuredStep& step)
 
 void SwitchOffMeter::fill(RunMeasures& measures, double stepSeconds) const
 {
-    constexpr double MICROSECONDS_PER_MILLISECOND = 1e3;
     measures.switchOffs = static_cast<double>(m_nSwitchOffs);
     if (m_nLongestUs >= 0) {
-        measures.switchOffMs = static_cast<double>(m_nLongestUs) / MICROSECONDS_PER_MILLISECOND;
+        measures.switchOffMs = static_cast<double>(m_nLongestUs) / US_PER_MS;
     }
     measures.radiatingOffS = static_cast<double>(m_nRadiatingOff) * stepSeconds;
 }

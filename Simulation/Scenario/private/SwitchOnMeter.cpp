@@ -1,5 +1,6 @@
 #include "Simulation/Scenario/private/SwitchOnMeter.h"
 
+#include "Platform/Conversions.h"
 #include "Simulation/Scenario/private/MeterTolerance.h"
 
 #include <algorithm>
@@ -8,7 +9,6 @@
 namespace
 {
 constexpr double WIDE_BAND_DB = 1.0;
-constexpr double MICROSECONDS_PER_MILLISECOND = 1e3;
 
 bool isOff(EOPCState eState)
 {
@@ -17,7 +17,7 @@ bool isOff(EOPCState eState)
 
 double milliseconds(std::int64_t nUs)
 {
-    return nUs < 0 ? NO_MEASURE : static_cast<double>(nUs) / MICROSECONDS_PER_MILLISECOND;
+    return nUs < 0 ? NO_MEASURE : static_cast<double>(nUs) / US_PER_MS;
 }
 } // namespace
 
