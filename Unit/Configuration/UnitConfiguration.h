@@ -63,6 +63,16 @@ struct TestInterfaceConfiguration
     std::size_t nLine = 0;      /**< of the table, 0 for none */
 };
 
+/** What is recorded of a run, and how long it is kept. */
+struct RecorderConfiguration
+{
+    std::string sFile; /**< path, complete; empty for none */
+    double stepsHours = 1.0;
+    double secondsHours = 24.0;
+    double minutesDays = 366.0;
+    std::int64_t maxMb = 2048; /**< of 10^6 bytes, the file and its journal together */
+};
+
 /** The file that moves requested power, temperature and frequency. */
 struct ProfileConfiguration
 {
@@ -114,6 +124,7 @@ struct UnitConfiguration
     std::vector<CalibrationConfiguration> calibrations;
     TraceConfiguration trace;
     TestInterfaceConfiguration testInterface;
+    RecorderConfiguration recorder;
     ProfileConfiguration profile;
     std::vector<ChannelConfiguration> channels;
     std::vector<FaultConfiguration> faults;

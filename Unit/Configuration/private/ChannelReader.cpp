@@ -5,13 +5,9 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <limits>
 
 namespace
 {
-constexpr std::int64_t MAX_INT32 = std::numeric_limits<std::int32_t>::max();
-constexpr std::int64_t MIN_INT32 = std::numeric_limits<std::int32_t>::min();
-
 void readPowers(const TomlTable& table, ChannelConfiguration& channel)
 {
     const auto power = [&table](const char* pKey, double otherwise) {

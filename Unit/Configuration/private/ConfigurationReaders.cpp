@@ -127,6 +127,26 @@ void readTestInterface(const TomlTable& root, UnitConfiguration& configuration)
     settings.nLine = table->line();
 }
 
+void readRecorder(const TomlTable& root, UnitConfiguration& configuration)
+{
+    const auto table = root.table("recorder");
+    if (!table) {
+        return;
+    }
+    table->allowOnly({"file", "steps_hours", "seconds_hours", "minutes_days", "max_mb"});
+    RecorderConfiguration& settings = configuration.recorder;
+    if (const auto sFile = table->text("file")) {
+        settings.sFile = completePath(configuration, *sFile);
+    }
+    settings.stepsHours =
+        table->number("steps_hours", SHORTEST_STEPS_HOURS, LONGEST_STEPS_HOURS).value_or(settings.stepsHours);
+    settings.secondsHours =
+        table->number("seconds_hours", SHORTEST_SECONDS_HOURS, LONGEST_SECONDS_HOURS).value_or(settings.secondsHours);
+    settings.minutesDays =
+        table->number("minutes_days", SHORTEST_MINUTES_DAYS, LONGEST_MINUTES_DAYS).value_or(settings.minutesDays);
+    settings.maxMb = table->integer("max_mb", MIN_RECORDING_MB, MAX_RECORDING_MB).value_or(settings.maxMb);
+}
+
 void readProfile(const TomlTable& root, UnitConfiguration& configuration)
 {
     const auto table = root.table("profile");

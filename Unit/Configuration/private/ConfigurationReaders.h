@@ -11,6 +11,7 @@ void readModules(const TomlTable& root, UnitConfiguration& configuration);
 void readCalibrations(const TomlTable& root, UnitConfiguration& configuration);
 void readTrace(const TomlTable& root, UnitConfiguration& configuration);
 void readTestInterface(const TomlTable& root, UnitConfiguration& configuration);
+void readRecorder(const TomlTable& root, UnitConfiguration& configuration);
 void readProfile(const TomlTable& root, UnitConfiguration& configuration);
 
 /** Reads [transmitter] as well, which every channel starts from. */

@@ -2,6 +2,7 @@
 
 #include "Platform/ConfigurationError.h"
 #include "Platform/FileText.h"
+#include "Platform/TomlKeys.h"
 #include "Unit/Configuration/TomlTable.h"
 
 #include <fmt/format.h>
@@ -63,14 +64,15 @@ std::string tomlText(const toml::node& node)
 
 toml::table parseToml(const std::string& sText, const std::string& sPath)
 {
+    refuseLongKeys(sText, sPath);
     try {
         return toml::parse(sText, sPath);
     }
     catch (const toml::parse_error& error) {
         // Where the encoding is wrong the parser tells the line of the block that it was reading, not the true one.
         const bool bEncoding = error.description().find("utf-8") != std::string_view::npos;
-        throw ConfigurationError::atColumn(sPath, bEncoding ? 0 : error.source().begin.line,
-                                           error.source().begin.column,
-                                           fmt::format("not valid TOML: {}", error.description()));
+        throw ConfigurationError::atColumn(
+            sPath, bEncoding ? 0 : error.source().begin.line, error.source().begin.column,
+            fmt::format("not valid TOML: {}", printable(std::string(error.description()))));
     }
 }

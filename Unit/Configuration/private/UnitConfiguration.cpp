@@ -16,13 +16,14 @@ UnitConfiguration loadUnitConfiguration(const std::string& sPath)
     configuration.sPath = sPath;
     configuration.sFolder = std::filesystem::path(sPath).parent_path().string();
     const TomlTable root(document, sPath, "the file");
-    root.allowOnly({"unit", "module", "storage", "calibration", "trace", "test_interface", "profile", "transmitter",
-                    "channel", "fault"});
+    root.allowOnly({"unit", "module", "storage", "calibration", "trace", "test_interface", "recorder", "profile",
+                    "transmitter", "channel", "fault"});
     readUnit(root, configuration);
     readModules(root, configuration);
     readCalibrations(root, configuration);
     readTrace(root, configuration);
     readTestInterface(root, configuration);
+    readRecorder(root, configuration);
     readProfile(root, configuration);
     readChannels(root, configuration);
     readFaults(root, configuration);

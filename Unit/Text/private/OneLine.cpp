@@ -4,25 +4,39 @@ namespace
 {
 constexpr unsigned char FIRST_PRINTABLE = 0x20;
 constexpr unsigned char DELETE = 0x7f;
+constexpr unsigned char LEADS_CONTROLS = 0xc2; // before the 32 from U+0080 on, which some terminals obey
+constexpr unsigned char FIRST_CONTINUATION = 0x80;
+constexpr unsigned char LAST_CONTROL = 0x9f;
 
 bool isContinuation(char c)
 {
     return (static_cast<unsigned char>(c) & 0xc0U) == 0x80U; // of a character in UTF-8
+}
+
+/** @return bytes of the control character there, or of the blank; 0 for none. UTF-8 has controls of two bytes, too */
+std::size_t blankLength(const std::string& sText, std::size_t nAt)
+{
+    const auto nByte = static_cast<unsigned char>(sText[nAt]);
+    if (nByte <= FIRST_PRINTABLE || nByte == DELETE) {
+        return 1;
+    }
+    const auto nNext = nAt + 1 < sText.size() ? static_cast<unsigned char>(sText[nAt + 1]) : 0U;
+    return nByte == LEADS_CONTROLS && nNext >= FIRST_CONTINUATION && nNext <= LAST_CONTROL ? 2 : 0;
 }
 } // namespace
 
 std::string oneLine(const std::string& sText, std::size_t nMaximum)
 {
     std::string sLine;
-    for (const char c : sText) {
-        const auto nByte = static_cast<unsigned char>(c);
-        const bool bBlank = nByte <= FIRST_PRINTABLE || nByte == DELETE;
-        if (!bBlank) {
-            sLine += c;
+    for (std::size_t nAt = 0; nAt < sText.size();) {
+        const std::size_t nBlank = blankLength(sText, nAt);
+        if (nBlank == 0) {
+            sLine += sText[nAt];
         }
         else if (!sLine.empty() && sLine.back() != ' ') {
             sLine += ' ';
         }
+        nAt += nBlank == 0 ? 1 : nBlank;
     }
     if (sLine.size() > nMaximum) {
         std::size_t nEnd = nMaximum;

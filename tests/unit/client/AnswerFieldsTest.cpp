@@ -92,6 +92,10 @@ TEST(OneLine, MakesTextSafeToShow)
     EXPECT_EQ(oneLine(" \r\n "), "");
     EXPECT_EQ(oneLine(" a\r\n\tb \x7f c "), "a b c");
     EXPECT_EQ(oneLine("\x1b]0;title\x07"), "]0;title");
+    EXPECT_EQ(oneLine("a\xc2\x9b"
+                      "2J\xc2\x80"),
+              "a 2J");
+    EXPECT_EQ(oneLine("1\xc2\xb5s\xc2"), "1\xc2\xb5s\xc2");
     EXPECT_EQ(oneLine("gr\xc3\xbcn"), "gr\xc3\xbcn");
 }
 

@@ -197,3 +197,26 @@ TEST(ServiceOfSlowMethods, CarriesOutOneCallAtATime)
     threads.clear();
     EXPECT_EQ(nMostInside, 1);
 }
+
+TEST_F(Service, CountsCallsByMethodAndFault)
+{
+    using testing::ElementsAre;
+    using testing::Pair;
+    EXPECT_EQ(m_service.calls().at("Test.Echo").nCalls, 0U) << "known before the first call";
+    serve(callOf("Test.Echo"));
+    serve(callOf("Test.Echo"));
+    serve(callOf("Test.Refuse"));
+    serve(callOf("Test.Throw"));
+    serve(callOf("No.Such"));
+    serve(callOf("No.Other"));
+    serve("<no call>");
+    const std::map<std::string, CallCounts> calls = m_service.calls();
+    EXPECT_EQ(calls.at("Test.Echo").nCalls, 2U);
+    EXPECT_THAT(calls.at("Test.Echo").faults, testing::IsEmpty());
+    EXPECT_EQ(calls.at("Test.Refuse").nCalls, 1U);
+    EXPECT_THAT(calls.at("Test.Refuse").faults, ElementsAre(Pair(4, 1U)));
+    EXPECT_THAT(calls.at("Test.Throw").faults, ElementsAre(Pair(eXMLRPC_FAULT_INTERNAL, 1U)));
+    EXPECT_THAT(calls.at(CallCounter::UNKNOWN_METHOD).faults, ElementsAre(Pair(eXMLRPC_FAULT_UNKNOWN_METHOD, 2U)));
+    EXPECT_THAT(calls.at(CallCounter::NO_CALL).faults, ElementsAre(Pair(eXMLRPC_FAULT_NOT_WELL_FORMED, 1U)));
+    EXPECT_FALSE(calls.contains("No.Such")) << "clients would fill the table";
+}

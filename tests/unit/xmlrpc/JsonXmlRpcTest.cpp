@@ -1,4 +1,4 @@
-#include "Unit/Client/private/JsonXmlRpc.h"
+#include "Unit/XmlRpc/JsonXmlRpc.h"
 
 #include "Unit/XmlRpc/XmlRpcText.h"
 

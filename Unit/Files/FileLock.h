@@ -3,7 +3,15 @@
  */
 #pragma once
 
+#include <stdexcept>
 #include <string>
+
+/** A file cannot be opened or locked; the text says which, why, and what to do. */
+class FileNotLocked : public std::runtime_error
+{
+public:
+    using std::runtime_error::runtime_error;
+};
 
 /** What a file is locked for. */
 enum class ELock
@@ -21,10 +29,10 @@ class FileLock
 {
 public:
     /**
-     * @throws std::runtime_error, for reading ConfigurationError, when the file cannot be opened for that, or when
-     * another process has it
+     * @param sAdvice what to do when that fails, such as "name another file"
+     * @throws FileNotLocked when the file cannot be opened for that, or when another process has it
      */
-    FileLock(const std::string& sPath, ELock eLock);
+    FileLock(const std::string& sPath, ELock eLock, const std::string& sAdvice);
     ~FileLock();
 
     FileLock(const FileLock&) = delete;
