@@ -4,19 +4,10 @@
 #pragma once
 
 #include "Unit/Clock/DeadlineSchedule.h"
+#include "Unit/Clock/LatenessStatistics.h"
 
 #include <chrono>
 #include <cstdint>
-
-/** How late a thread woke after its deadlines. */
-struct LatenessStatistics
-{
-    std::uint64_t nCount = 0;
-    std::int64_t nMaxNs = 0;
-    std::int64_t nTotalNs = 0;
-
-    void add(std::int64_t nLatenessNs);
-};
 
 /** Waits on absolute deadlines of the monotonic clock, so that a late call delays none of those after it. */
 class DeadlineTimer

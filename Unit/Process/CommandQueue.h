@@ -3,6 +3,8 @@
  */
 #pragma once
 
+#include "Platform/Threads/ThreadRules.h"
+
 #include <semaphore.h>
 
 #include <atomic>
@@ -42,12 +44,16 @@ public:
     CommandQueue& operator=(const CommandQueue&) = delete;
 
     /**
-     * Has a function run between two steps, and waits for it. Any thread but the regulation thread.
+     * Has a function run between two steps, and waits for it. Any thread but the regulation thread; under
+     * executeInCaller() that thread only.
      * @param function must be short; it delays the next step if it is not
      * @throws RegulationOver when regulation ended before the function's turn
      * @throws std::runtime_error with the text of what the function threw
      */
     void run(const std::function<void()>& function);
+
+    /** Says that the calling thread is the regulation thread, which is to serve. */
+    void begin() const { m_server.check("CommandQueue::begin"); }
 
     /**
      * Runs what is waiting and what comes. The regulation thread.
@@ -56,11 +62,20 @@ public:
      */
     void serveUntil(std::int64_t nLatestStartNs, std::int64_t nEndNs);
 
-    /** Refuses what is waiting and what comes. Once the regulation thread has ended; any thread. */
+    /** From now on run() carries its function out itself: for a regulation whose thread is the only one. */
+    void executeInCaller() { m_bInCaller = true; }
+
+    bool isExecutedInCaller() const { return m_bInCaller; }
+
+    /** Refuses what is waiting and what comes. The regulation thread at its end, or any once that has ended. */
     void close();
 
     /** The regulation thread, or any once that has ended. */
-    const CommandStatistics& statistics() const { return m_statistics; }
+    const CommandStatistics& statistics() const
+    {
+        m_server.check("CommandQueue::statistics");
+        return m_statistics;
+    }
 
 private:
     struct Command
@@ -85,6 +100,8 @@ private:
     std::atomic<bool> m_bSleeping{false};    // the regulation thread is, so that it needs waking
     std::atomic<unsigned int> m_nCallers{0};
     std::atomic<bool> m_bClosed{false};
+    bool m_bInCaller = false;
     unsigned int m_nGapsWithoutTime = 0;
     CommandStatistics m_statistics;
+    [[no_unique_address]] OwnedByThread m_server; // the regulation thread, until it closes the queue
 };

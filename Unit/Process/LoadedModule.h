@@ -3,6 +3,7 @@
  */
 #pragma once
 
+#include "Platform/Threads/ThreadRules.h"
 #include "Unit/Process/ModuleLibrary.h"
 
 #include <memory>
@@ -42,4 +43,5 @@ private:
     unsigned int m_nChannel;
     void* m_pModule = nullptr;
     bool m_bInitialized = false;
+    [[no_unique_address]] OwnedByThread m_owner;
 };

@@ -4,9 +4,11 @@
 #pragma once
 
 #include "Control/OutputPowerController/IOutputPowerController_c.h"
+#include "Platform/Threads/ThreadRules.h"
 #include "Simulation/Scenario/Profile.h"
 #include "Unit/Configuration/UnitConfiguration.h"
 #include "Unit/Process/InputValue.h"
+#include "Unit/Process/LogActivity.h"
 #include "Unit/Process/StepSample.h"
 
 #include <array>
@@ -28,6 +30,8 @@ struct ChannelStatistics
     std::int32_t nPctrlMin = 0;
     std::int32_t nPctrlMax = 0;
     std::uint64_t nNotifications = 0; /**< calls of the four observers */
+    std::uint64_t nRamps = 0;         /**< that have begun */
+    std::uint64_t nRampUs = 0; /**< from the latest one's begin until TX_ON with an error within 1 dB, or until now */
 };
 
 /** What a channel meets in one step. */
@@ -61,7 +65,8 @@ using HandlerFaults = std::array<HandlerFault, static_cast<std::size_t>(EHandler
  * Calls a controller through its C function table, as any user of it does.
  *
  * configureSimulation() to requestOn() are for the thread that starts the unit, before regulation; afterwards
- * everything is for the regulation thread. Must outlive the controller, which holds its observer records.
+ * everything is for the regulation thread, but number(), controllerName() and transmitter(), which do not change. Must
+ * outlive the controller, which holds its observer records.
  */
 class RadioChannel
 {
@@ -73,8 +78,11 @@ public:
     RadioChannel& operator=(const RadioChannel&) = delete;
 
     /** @return the channel's settings as they hold now: the unit file's, changed by commands */
-    const ChannelConfiguration& configuration() const { return m_configuration; }
+    const ChannelConfiguration& configuration() const { return owned(m_configuration); }
     unsigned int number() const { return m_configuration.nNumber; }
+
+    /** Lets the next thread that uses the channel have it, for who knows that the last one is through with it. */
+    void handOver() { m_owner.handOver(); }
 
     /** Gives the simulated handlers, where the handlers are simulated, their parameters. */
     void configureSimulation();
@@ -107,14 +115,14 @@ public:
     /** @return the loop gains of eOPC_TX_ON_RAMPING or eOPC_TX_ON */
     GainPercent gains(EOPCState eState) const;
 
-    InputValue& requestedPowerDbm() { return m_requestedPowerDbm; }
-    const InputValue& requestedPowerDbm() const { return m_requestedPowerDbm; }
-    InputValue& frequencyMhz() { return m_frequencyMhz; }
-    const InputValue& frequencyMhz() const { return m_frequencyMhz; }
+    InputValue& requestedPowerDbm() { return owned(m_requestedPowerDbm); }
+    const InputValue& requestedPowerDbm() const { return owned(m_requestedPowerDbm); }
+    InputValue& frequencyMhz() { return owned(m_frequencyMhz); }
+    const InputValue& frequencyMhz() const { return owned(m_frequencyMhz); }
 
     /** Replaces the fault of an operation. @return false when the handler is not a simulated one */
     bool setFault(EHandlerOperation eOperation, const HandlerFault& fault);
-    const HandlerFaults& faults() const { return m_faults; }
+    const HandlerFaults& faults() const { return owned(m_faults); }
 
     /**
      * Tells the handlers where the channel stands; they notify the controller when whole megahertz have changed. Then
@@ -127,12 +135,15 @@ public:
     void stepWith(const StepInputs& inputs, StepSample& sample);
 
     /** @return the last step's sample; all zero before the first */
-    const StepSample& lastSample() const { return m_lastSample; }
+    const StepSample& lastSample() const { return owned(m_lastSample); }
 
     EOPCState state() const;
     bool isOn() const;
 
-    const ChannelStatistics& statistics() const { return m_statistics; }
+    const ChannelStatistics& statistics() const { return owned(m_statistics); }
+
+    LogActivity& logs() { return owned(m_logs); }
+    const LogActivity& logs() const { return owned(m_logs); }
 
     /** @return what the closed loop's next step will hold the control power between */
     ControlPowerLimits controlPowerLimits() const;
@@ -148,13 +159,22 @@ private:
     static void onPredictedPctrl(void* vpThis, unsigned int nChannel, int nPredictedPctrl);
     static void onPowerMode(void* vpThis, unsigned int nChannel, ETxPowerMode eMode);
 
+    /** @return what is the owning thread's to look at */
+    template <class T> T& owned(T& value) const
+    {
+        m_owner.check("a member of RadioChannel");
+        return value;
+    }
+
     void registerObservers();
     void setGains(EOPCState eState, const std::optional<GainPercent>& gain);
     void simulate(const StepInputs& inputs);
     void followRequest();
     void readController(StepSample& sample);
+    void readChain(StepSample& sample) const;
     void noteLowerLimit();
     void count(const StepSample& sample);
+    void countRamp(const StepSample& sample);
 
     ChannelConfiguration m_configuration;
     ISimulatedTransmitter* m_pTransmitter = nullptr; // none when the handler is not simulated
@@ -173,5 +193,9 @@ private:
     std::int32_t m_nPctrlMax = 0;
     std::optional<int> m_nNotifiedFrequency;
     ChannelStatistics m_statistics;
+    std::uint64_t m_nRampBeganUs = 0;
+    bool m_bRising = false; // since then, and not on with an error within 1 dB yet
+    LogActivity m_logs;
     StepSample m_lastSample{};
+    [[no_unique_address]] OwnedByThread m_owner; // who starts the unit, then the regulation thread
 };

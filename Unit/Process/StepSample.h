@@ -3,6 +3,7 @@
  */
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <type_traits>
 
@@ -22,6 +23,10 @@ struct StepSample
     std::int32_t nPowerError;
     std::int32_t nResult;
     std::int32_t nDetectorState; /**< EOPHDetectorState */
+    // Of a running unit's steps; OPC_POWER_UNKNOWN when the handler is not a simulated one.
+    std::int32_t nIfPower;
+    std::int32_t nRfGain;
+    std::array<std::int32_t, 6> reducedGain; /**< of amplifier 1 first */
     float temperatureDegrees;
     float frequencyMhz;
     std::uint32_t nLatenessUs;

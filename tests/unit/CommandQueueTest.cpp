@@ -187,3 +187,16 @@ TEST(CommandQueue, WaitsOutTheGapWhenNothingComes)
     queue.serveUntil(nEndNs - MILLISECOND_NS, nEndNs);
     EXPECT_GE(monotonicNs(), nEndNs - MILLISECOND_NS);
 }
+
+TEST(CommandQueue, RunsCommandsOfARegulationWithASingleThreadInIt)
+{
+    CommandQueue queue;
+    queue.executeInCaller();
+    std::thread::id ran;
+    queue.run([&ran] { ran = std::this_thread::get_id(); });
+    EXPECT_EQ(ran, std::this_thread::get_id());
+    EXPECT_EQ(queue.statistics().nCommands, 1U);
+    EXPECT_THROW(queue.run([] { throw std::runtime_error("broken"); }), std::runtime_error);
+    queue.close();
+    EXPECT_THROW(queue.run([] {}), RegulationOver);
+}

@@ -82,7 +82,7 @@ void FakeController::fillOutputs()
                                   EOPHDetectorState* pDetectorState) -> long {
         *pPtarget = 101;
         *pPctrl = 102 + static_cast<long>(self(vpThis).requestedPowers.size());
-        *pPowerError = 103;
+        *pPowerError = self(vpThis).nPowerError;
         *pPmeasured = 104;
         *pTxPmin = 105;
         *pPctrlMax = 106;

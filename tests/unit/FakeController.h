@@ -31,6 +31,7 @@ public:
     std::pair<long, long> limits;
     std::pair<unsigned int, int> productionTest{0, -1};
     long nRegulateResult = 0;
+    long nPowerError = 103;
     long nRequestResult = 0;
     std::function<void()> onRegulate;
     IOpcPredictedPctrlObserver* pPredictedObserver = nullptr;

@@ -6,6 +6,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <initializer_list>
+#include <utility>
+
 namespace
 {
 ChannelConfiguration channelSeven()
@@ -115,4 +118,66 @@ TEST(RadioChannel, FillsASampleAndCounts)
     EXPECT_EQ(channel.refusedCalls(), std::nullopt); // the handler is not a simulated one
     EXPECT_EQ(channel.lastSample().nSteps, sample.nSteps);
     EXPECT_EQ(channel.lastSample().nRequestedPower, 1502);
+}
+
+TEST(RadioChannel, TimesItsRampsUntilTheTargetIsReached)
+{
+    FakeController controller("IOutputPowerController_7");
+    RadioChannel channel(channelSeven());
+    ASSERT_TRUE(channel.connect());
+    const auto stepTo = [&](EOPCState eState, std::uint64_t nTimeUs, long nPowerError) {
+        controller.onRegulate = [&controller, eState] { controller.eState = eState; };
+        controller.nPowerError = nPowerError;
+        StepSample sample{};
+        sample.nTimeUs = nTimeUs;
+        channel.step({}, sample);
+        return std::make_pair(channel.statistics().nRamps, channel.statistics().nRampUs);
+    };
+    using Ramps = std::pair<std::uint64_t, std::uint64_t>;
+    EXPECT_EQ(stepTo(eOPC_TX_ON_IN_PROGRESS, 10, 0), Ramps(0, 0));
+    EXPECT_EQ(stepTo(eOPC_TX_ON_RAMPING, 20, 900), Ramps(1, 0));
+    EXPECT_EQ(stepTo(eOPC_TX_ON_RAMPING, 30, 100), Ramps(1, 10));
+    EXPECT_EQ(stepTo(eOPC_TX_ON, 40, 101), Ramps(1, 20));
+    EXPECT_EQ(stepTo(eOPC_TX_ON, 50, -101), Ramps(1, 30));
+    EXPECT_EQ(stepTo(eOPC_TX_ON, 60, -100), Ramps(1, 40));
+    EXPECT_EQ(stepTo(eOPC_TX_ON, 70, 500), Ramps(1, 40)) << "what is off the target later is no ramp";
+    EXPECT_EQ(stepTo(eOPC_TX_ON_RAMPING, 80, 500), Ramps(2, 0));
+    EXPECT_EQ(stepTo(eOPC_TX_OFF_INITIATED, 90, 500), Ramps(2, 0));
+    EXPECT_EQ(stepTo(eOPC_TX_ON, 100, 0), Ramps(2, 0)) << "the ramp was given up";
+}
+
+TEST(RadioChannel, FollowsWhatItsLogsDo)
+{
+    FakeController controller("IOutputPowerController_7");
+    RadioChannel channel(channelSeven());
+    ASSERT_TRUE(channel.connect());
+    controller.eState = eOPC_TX_ON;
+    const auto stepsAfter = [&](const char* pOption) {
+        channel.logs().onTransientLog(pOption);
+        StepSample sample{};
+        channel.step({}, sample);
+        return channel.logs().nTransientSteps;
+    };
+    EXPECT_EQ(stepsAfter("Read"), 0U) << "it does not run";
+    EXPECT_EQ(stepsAfter("Enable"), 1U);
+    EXPECT_EQ(stepsAfter("Read"), 2U);
+    EXPECT_TRUE(channel.logs().bTransientLogRuns);
+    controller.nRegulateResult = EAF_FAILED;
+    EXPECT_EQ(stepsAfter("Read"), 2U) << "a step that fails adds no sample";
+    controller.nRegulateResult = EAF_OK;
+    EXPECT_EQ(stepsAfter("Disable"), 2U);
+    EXPECT_FALSE(channel.logs().bTransientLogRuns);
+    EXPECT_EQ(stepsAfter("Enable"), 1U) << "it was emptied";
+    EXPECT_EQ(channel.logs().nTransientBegins, 2U);
+}
+
+TEST(LogActivity, FollowsTheOpcLog)
+{
+    LogActivity logs;
+    for (const auto& [pOption, bRuns] : std::initializer_list<std::pair<const char*, bool>>{
+             {"Read", false}, {"Start", true}, {"ReadAndReset", true}, {"Stop", false}, {"SaveToSysLog", false}})
+    {
+        logs.onOpcLog(pOption);
+        EXPECT_EQ(logs.bOpcLogRuns, bRuns) << pOption;
+    }
 }

@@ -2,7 +2,6 @@
 
 #include "Unit/Clock/MonotonicTime.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <ctime>
 
@@ -16,13 +15,6 @@ void sleepUntil(std::int64_t nDeadlineNs)
 }
 } // namespace
 
-void LatenessStatistics::add(std::int64_t nLatenessNs)
-{
-    ++nCount;
-    nMaxNs = std::max(nMaxNs, nLatenessNs);
-    nTotalNs += nLatenessNs;
-}
-
 DeadlineTimer::DeadlineTimer(std::chrono::nanoseconds interval) : m_schedule(monotonicNs(), interval.count()) {}
 
 std::uint64_t DeadlineTimer::next()
@@ -32,7 +24,9 @@ std::uint64_t DeadlineTimer::next()
 
 void DeadlineTimer::wait()
 {
-    sleepUntil(m_schedule.deadlineNs());
+    if (monotonicNs() < m_schedule.deadlineNs()) { // not so when the thread waited for commands until then
+        sleepUntil(m_schedule.deadlineNs());
+    }
     m_nLatenessNs = monotonicNs() - m_schedule.deadlineNs();
     m_statistics.add(m_nLatenessNs);
 }

@@ -35,11 +35,20 @@ CommandQueue::~CommandQueue()
 
 void CommandQueue::run(const std::function<void()>& function)
 {
+    if (m_bInCaller) {
+        m_server.check("CommandQueue::run");
+    }
+    else {
+        m_server.refuseOwner("CommandQueue::run");
+    }
     Command command{function, {}};
     sem_init(&command.done, 0, 0);
     ++m_nCallers; // before the look at m_bClosed: close() goes on refusing while there are callers
     if (m_bClosed) {
         refuse(command);
+    }
+    else if (m_bInCaller) {
+        execute(command);
     }
     else {
         add(command);
@@ -119,6 +128,7 @@ bool CommandQueue::serveOne()
 
 void CommandQueue::serveUntil(std::int64_t nLatestStartNs, std::int64_t nEndNs)
 {
+    m_server.check("CommandQueue::serveUntil");
     if (monotonicNs() >= nLatestStartNs) {
         if (++m_nGapsWithoutTime > MAX_GAPS_WITHOUT_TIME) {
             m_nGapsWithoutTime = 0;
@@ -158,4 +168,5 @@ void CommandQueue::close()
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
+    m_server.handOver();
 }

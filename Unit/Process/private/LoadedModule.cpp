@@ -9,6 +9,7 @@
 LoadedModule::LoadedModule(std::shared_ptr<const ModuleLibrary> pLibrary, unsigned int nChannel)
     : m_pLibrary(std::move(pLibrary)), m_nChannel(nChannel)
 {
+    m_owner.check("LoadedModule");
     m_pLibrary->construct()(&m_pModule, nChannel);
     if (m_pModule == nullptr) {
         throw UnitStartError(fmt::format("module \"{}\" of channel {} was not constructed", name(), nChannel));
@@ -23,6 +24,7 @@ LoadedModule::~LoadedModule()
 
 void LoadedModule::initialize()
 {
+    m_owner.check("LoadedModule::initialize");
     const long nResult = m_pLibrary->initialize()(m_pModule);
     if (EAF_isFailure(nResult)) {
         throw UnitStartError(
@@ -33,6 +35,7 @@ void LoadedModule::initialize()
 
 long LoadedModule::uninitialize()
 {
+    m_owner.check("LoadedModule::uninitialize");
     if (!m_bInitialized) {
         return EAF_OK;
     }

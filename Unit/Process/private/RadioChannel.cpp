@@ -10,6 +10,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cstdlib>
 
 namespace
 {
@@ -34,6 +35,7 @@ RadioChannel::RadioChannel(const ChannelConfiguration& configuration)
 
 void RadioChannel::configureSimulation()
 {
+    m_owner.check("RadioChannel::configureSimulation");
     m_pTransmitter = findKnob<ISimulatedTransmitter>(outputPowerHandlerName(number()));
     m_pFrequency = findKnob<ISimulatedFrequency>(channelInterfaceName("IFrequencyHandler_Tx", number()));
     if (m_pTransmitter != nullptr) {
@@ -48,6 +50,7 @@ std::string RadioChannel::controllerName() const
 
 bool RadioChannel::connect()
 {
+    m_owner.check("RadioChannel::connect");
     void* pBroker = nullptr;
     void* pTable = nullptr;
     CInterfaceBroker_GetInstance(&pBroker);
@@ -74,6 +77,7 @@ void RadioChannel::registerObservers()
 
 void RadioChannel::configureController(unsigned int intervalMs)
 {
+    m_owner.check("RadioChannel::configureController");
     const ChannelConfiguration& settings = m_configuration;
     require(setInterval(intervalMs), number(), "setting the regulator interval");
     require(setLimits(settings.txPminDbm, settings.txPmaxDbm), number(), "setting the power limits");
@@ -97,6 +101,7 @@ void RadioChannel::setGains(EOPCState eState, const std::optional<GainPercent>& 
 
 void RadioChannel::requestOn()
 {
+    m_owner.check("RadioChannel::requestOn");
     require(m_pController->staticSetRequestedTxPowerState(m_pController->vpThis, eREQUESTED_TX_POWER_ON,
                                                           static_cast<ETxPowerMode>(m_configuration.nPowerMode)),
             number(), "requesting the transmitter on");
@@ -124,10 +129,12 @@ void RadioChannel::step(const StepSurroundings& surroundings, StepSample& sample
                         .temperatureDegrees = surroundings.temperatureDegrees,
                         .simulatedSeconds = surroundings.simulatedSeconds},
              sample);
+    readChain(sample);
 }
 
 void RadioChannel::stepWith(const StepInputs& inputs, StepSample& sample)
 {
+    m_owner.check("RadioChannel::stepWith");
     simulate(inputs);
     followRequest();
     sample.nChannelNumber = number();
@@ -170,6 +177,24 @@ void RadioChannel::readController(StepSample& sample)
     m_nPctrlMax = static_cast<std::int32_t>(nPctrlMax);
 }
 
+// Past the handler's operations: a call of one would use up a fault that is meant for the controller's.
+void RadioChannel::readChain(StepSample& sample) const
+{
+    if (m_pTransmitter == nullptr) {
+        sample.nIfPower = OPC_POWER_UNKNOWN;
+        sample.nRfGain = OPC_POWER_UNKNOWN;
+        sample.reducedGain.fill(OPC_POWER_UNKNOWN);
+        return;
+    }
+    const ChainSetting& chain = m_pTransmitter->chain();
+    sample.nIfPower = centiDb(chain.ifPowerDbm);
+    sample.nRfGain = centiDb(chain.rfGainDb);
+    static_assert(MAX_AMPLIFIERS == std::tuple_size_v<decltype(sample.reducedGain)>);
+    for (std::size_t nAmplifier = 0; nAmplifier < sample.reducedGain.size(); ++nAmplifier) {
+        sample.reducedGain.at(nAmplifier) = centiDb(chain.gainReductionDb.at(nAmplifier));
+    }
+}
+
 /** Follows what the controller takes from the handler as it begins to switch on. */
 void RadioChannel::noteLowerLimit()
 {
@@ -183,6 +208,7 @@ void RadioChannel::noteLowerLimit()
 
 ControlPowerLimits RadioChannel::controlPowerLimits() const
 {
+    m_owner.check("RadioChannel::controlPowerLimits");
     constexpr std::int32_t PRODUCTION_TEST_MARGIN = 2000;
     const std::int32_t nMargin = m_configuration.bProductionTest ? PRODUCTION_TEST_MARGIN : 0;
     return {m_nPctrlMin - nMargin, m_nPctrlMax + nMargin};
@@ -194,6 +220,10 @@ void RadioChannel::count(const StepSample& sample)
     ++statistics.nSteps;
     statistics.nFailedSteps += EAF_isFailure(sample.nResult) ? 1 : 0;
     statistics.nLastState = sample.nState;
+    countRamp(sample);
+    if (sample.nStateBefore == eOPC_TX_ON && sample.nState == eOPC_TX_ON && !EAF_isFailure(sample.nResult)) {
+        m_logs.onRegulated();
+    }
     if (sample.nState != eOPC_TX_ON) {
         return;
     }
@@ -206,8 +236,26 @@ void RadioChannel::count(const StepSample& sample)
     statistics.bHasPctrl = true;
 }
 
+void RadioChannel::countRamp(const StepSample& sample)
+{
+    constexpr std::int32_t BAND = 100;
+    const bool bRamping = sample.nState == eOPC_TX_ON_RAMPING;
+    const bool bOn = sample.nState == eOPC_TX_ON;
+    if (bRamping && sample.nStateBefore != eOPC_TX_ON_RAMPING) {
+        ++m_statistics.nRamps;
+        m_nRampBeganUs = sample.nTimeUs;
+        m_bRising = true;
+    }
+    if (m_bRising && (bRamping || bOn)) {
+        m_statistics.nRampUs = sample.nTimeUs - m_nRampBeganUs;
+    }
+    const bool bThere = bOn && std::abs(sample.nPowerError) <= BAND && !EAF_isFailure(sample.nResult);
+    m_bRising = m_bRising && !bThere && (bRamping || bOn);
+}
+
 EOPCState RadioChannel::state() const
 {
+    m_owner.check("RadioChannel::state");
     EOPCState eState = eOPC_UNDEFINED;
     m_pController->staticGetOPCState(m_pController->vpThis, &eState);
     return eState;
@@ -215,6 +263,7 @@ EOPCState RadioChannel::state() const
 
 bool RadioChannel::isOn() const
 {
+    m_owner.check("RadioChannel::isOn");
     ETxPowerActualStatus eStatus = eTX_POWER_ACTUAL_OFF;
     m_pController->staticGetTxPowerActualStatus(m_pController->vpThis, &eStatus);
     return eStatus == eTX_POWER_ACTUAL_ON;
@@ -222,6 +271,7 @@ bool RadioChannel::isOn() const
 
 std::optional<std::uint64_t> RadioChannel::refusedCalls() const
 {
+    m_owner.check("RadioChannel::refusedCalls");
     return m_pTransmitter == nullptr ? std::nullopt : std::optional<std::uint64_t>(m_pTransmitter->refusedCalls());
 }
 

@@ -4,6 +4,7 @@
 
 void RadioChannel::want(ERequestedTxPowerState eState)
 {
+    m_owner.check("RadioChannel::want");
     m_wanted = eState;
     followRequest();
 }
@@ -28,6 +29,7 @@ void RadioChannel::followRequest()
 
 long RadioChannel::setPowerMode(int nPowerMode)
 {
+    m_owner.check("RadioChannel::setPowerMode");
     m_configuration.nPowerMode = nPowerMode;
     // A request for what is so already changes the mode and nothing else.
     return m_pController->staticSetRequestedTxPowerState(m_pController->vpThis,
@@ -37,6 +39,7 @@ long RadioChannel::setPowerMode(int nPowerMode)
 
 long RadioChannel::setLimits(double txPminDbm, double txPmaxDbm)
 {
+    m_owner.check("RadioChannel::setLimits");
     m_configuration.txPminDbm = txPminDbm;
     m_configuration.txPmaxDbm = txPmaxDbm;
     m_nPctrlMin = centiDb(txPminDbm);
@@ -45,11 +48,13 @@ long RadioChannel::setLimits(double txPminDbm, double txPmaxDbm)
 
 long RadioChannel::setGain(EOPHDetectorState eDetectorState, EOPCState eState, int nGainPercent)
 {
+    m_owner.check("RadioChannel::setGain");
     return m_pController->staticSetGain(m_pController->vpThis, eDetectorState, eState, nGainPercent);
 }
 
 long RadioChannel::setProductionTest(bool bProductionTest, int nLoopMode)
 {
+    m_owner.check("RadioChannel::setProductionTest");
     m_configuration.bProductionTest = bProductionTest;
     m_configuration.nLoopMode = nLoopMode;
     return m_pController->staticSetProductionTestSettings(m_pController->vpThis, bProductionTest ? 1U : 0U,
@@ -58,11 +63,13 @@ long RadioChannel::setProductionTest(bool bProductionTest, int nLoopMode)
 
 long RadioChannel::setInterval(unsigned int intervalMs)
 {
+    m_owner.check("RadioChannel::setInterval");
     return m_pController->staticSetRegulatorInterval(m_pController->vpThis, static_cast<long>(intervalMs));
 }
 
 GainPercent RadioChannel::gains(EOPCState eState) const
 {
+    m_owner.check("RadioChannel::gains");
     GainPercent gains{};
     for (std::size_t nDetectorState = 0; nDetectorState < gains.size(); ++nDetectorState) {
         long nGainPercent = 0;
@@ -75,6 +82,7 @@ GainPercent RadioChannel::gains(EOPCState eState) const
 
 bool RadioChannel::setFault(EHandlerOperation eOperation, const HandlerFault& fault)
 {
+    m_owner.check("RadioChannel::setFault");
     if (m_pTransmitter == nullptr) {
         return false;
     }

@@ -1,74 +1,112 @@
 #include "Unit/Process/RegulationLoop.h"
 
+#include "Unit/Clock/MonotonicTime.h"
+
 #include <algorithm>
 #include <exception>
 #include <utility>
 
 namespace
 {
-constexpr std::int64_t NANOSECONDS_PER_MILLISECOND = 1'000'000;
 constexpr std::int64_t NANOSECONDS_PER_MICROSECOND = 1000;
 constexpr double NANOSECONDS_PER_SECOND_REAL = 1e9;
-
-// What is kept free of commands before a step: a command that begins in time ends in time when it takes no longer.
-constexpr std::int64_t MAX_RESERVE_NS = 2 * NANOSECONDS_PER_MILLISECOND;
-constexpr std::int64_t RESERVED_PART = 3; // of the interval, at most
 } // namespace
 
 RegulationLoop::RegulationLoop(const RunSettings& settings, std::vector<RadioChannel*> channels,
                                ISimulatedTemperature* pTemperature, const std::vector<FaultConfiguration>& faults,
-                               SampleQueue& queue)
+                               SampleQueue& queue, IRegulationPace* pPace)
     : m_settings(settings), m_channels(std::move(channels)), m_temperature(pTemperature), m_faults(faults),
-      m_queue(queue), m_temperatureDegrees(settings.temperatureDegrees)
+      m_queue(queue), m_intervalMs(settings.intervalMs), m_pace(pPace == nullptr ? m_realTime : *pPace),
+      m_temperatureDegrees(settings.temperatureDegrees), m_stepTimes(m_channels.size())
 {}
 
 void RegulationLoop::run() noexcept
 {
+    // One that is the only thread, in no hurry, may wait for others.
+    const ThreadRoleScope role(m_commands.isExecutedInCaller() ? EThreadRole::Other : EThreadRole::Regulation);
+    handOver(); // from who started the channels to this thread
+    m_owner.check("RegulationLoop::run");
+    m_commands.begin();
     try {
         regulateUntilOff();
     }
     catch (const std::exception& error) {
         m_sError = error.what();
     }
+    handOver(); // to who waits for the end
     m_bFinished.store(true, std::memory_order_release);
     m_commands.close();
 }
 
+void RegulationLoop::handOver()
+{
+    m_owner.handOver();
+    for (RadioChannel* pChannel : m_channels) {
+        pChannel->handOver();
+    }
+}
+
 void RegulationLoop::regulateUntilOff()
 {
-    m_timer.emplace(std::chrono::milliseconds(m_settings.intervalMs));
+    m_pace.begin(std::chrono::milliseconds(intervalMs()));
     unsigned int nStopCalls = 0;
     std::uint64_t nSkipped = 0;
     while (!(m_bStopping && (allAreOff() || nStopCalls >= MAX_STOP_CALLS))) {
-        m_timer->wait();
-        m_bStopping = m_bStopping || isStopDue();
+        if (!m_pace.wait()) {
+            return;
+        }
+        if (!m_bStopping && isStopDue()) {
+            beginStop();
+        }
         if (m_bStopping) {
             wantOff();
             ++nStopCalls;
         }
         tick(nSkipped);
-        nSkipped = m_timer->next();
-        serveCommands();
+        nSkipped = m_pace.next();
+        m_pace.serve(m_commands);
     }
     if (!allAreOff()) {
         m_sError = "not every transmitter went off";
     }
 }
 
-void RegulationLoop::serveCommands()
+void RegulationLoop::beginStop()
 {
-    const std::int64_t nNextNs = m_timer->deadlineNs();
-    const std::int64_t nIntervalNs = m_settings.intervalMs * NANOSECONDS_PER_MILLISECOND;
-    m_commands.serveUntil(nNextNs - std::min(nIntervalNs / RESERVED_PART, MAX_RESERVE_NS), nNextNs);
+    m_bStopping = true;
+    m_stopMoment = now();
+    m_bStopKnown.store(true, std::memory_order_release);
+}
+
+std::optional<CommandMoment> RegulationLoop::stopMoment() const
+{
+    return m_bStopKnown.load(std::memory_order_acquire) ? std::optional(m_stopMoment) : std::nullopt;
+}
+
+CommandMoment RegulationLoop::now() const
+{
+    return {.nTimeUs = static_cast<std::uint64_t>(m_pace.elapsedNs() / NANOSECONDS_PER_MICROSECOND),
+            .nSteps = m_channels.empty() ? 0 : m_channels.front()->statistics().nSteps, // all step together
+            .nNumber = 0};
+}
+
+void RegulationLoop::noteCommand()
+{
+    m_owner.check("RegulationLoop::noteCommand");
+    const std::uint64_t nNumber = m_lastCommand.nNumber + 1;
+    m_lastCommand = now();
+    m_lastCommand.nNumber = nNumber;
 }
 
 double RegulationLoop::elapsedSeconds() const
 {
-    return m_timer ? static_cast<double>(m_timer->elapsedNs()) / NANOSECONDS_PER_SECOND_REAL : 0.0;
+    m_owner.check("RegulationLoop::elapsedSeconds");
+    return static_cast<double>(m_pace.elapsedNs()) / NANOSECONDS_PER_SECOND_REAL;
 }
 
 bool RegulationLoop::want(RadioChannel& channel, ERequestedTxPowerState eState) const
 {
+    m_owner.check("RegulationLoop::want");
     if (m_bStopping && eState != eREQUESTED_TX_POWER_OFF) {
         return false;
     }
@@ -78,8 +116,9 @@ bool RegulationLoop::want(RadioChannel& channel, ERequestedTxPowerState eState) 
 
 bool RegulationLoop::setInterval(unsigned int intervalMs)
 {
-    m_settings.intervalMs = intervalMs;
-    m_timer->setInterval(std::chrono::milliseconds(intervalMs));
+    m_owner.check("RegulationLoop::setInterval");
+    m_intervalMs.store(intervalMs, std::memory_order_relaxed);
+    m_pace.setInterval(std::chrono::milliseconds(intervalMs));
     bool bTaken = true;
     for (RadioChannel* pChannel : m_channels) {
         bTaken = !EAF_isFailure(pChannel->setInterval(intervalMs)) && bTaken;
@@ -108,13 +147,15 @@ void RegulationLoop::wantOff()
 
 void RegulationLoop::tick(std::uint64_t nSkipped)
 {
+    m_owner.check("RegulationLoop::tick");
     m_nOverruns += nSkipped;
+    m_latenessTimes.add(m_pace.latenessNs());
     StepSurroundings surroundings;
     if (m_settings.pProfile != nullptr) {
         surroundings.profile = m_settings.pProfile->at(m_settings.startSeconds + elapsedSeconds() * m_settings.speed);
     }
     surroundings.temperatureDegrees = m_temperatureDegrees.next(surroundings.profile.temperatureDegrees);
-    const auto elapsedNs = m_timer->elapsedNs();
+    const auto elapsedNs = m_pace.elapsedNs();
     surroundings.simulatedSeconds = static_cast<double>(elapsedNs - std::exchange(m_nLastElapsedNs, elapsedNs)) /
                                     NANOSECONDS_PER_SECOND_REAL * m_settings.speed;
     m_temperature.set(surroundings.temperatureDegrees);
@@ -122,12 +163,16 @@ void RegulationLoop::tick(std::uint64_t nSkipped)
     StepSample sample{};
     sample.nTimeUs = static_cast<std::uint64_t>(elapsedNs / NANOSECONDS_PER_MICROSECOND);
     sample.nLatenessUs = static_cast<std::uint32_t>(
-        std::clamp<std::int64_t>(m_timer->latenessNs() / NANOSECONDS_PER_MICROSECOND, 0, UINT32_MAX));
+        std::clamp<std::int64_t>(m_pace.latenessNs() / NANOSECONDS_PER_MICROSECOND, 0, UINT32_MAX));
     sample.nOverruns = static_cast<std::uint32_t>(m_nOverruns);
     for (std::size_t nChannel = 0; nChannel < m_channels.size(); ++nChannel) {
         sample.nChannelIndex = static_cast<std::uint32_t>(nChannel);
+        const std::int64_t nBeginNs = monotonicNs();
         m_channels[nChannel]->step(surroundings, sample);
-        m_nDropped += m_queue.push(sample) ? 0 : 1;
+        m_stepTimes[nChannel].add(monotonicNs() - nBeginNs);
+        if (!m_queue.push(sample)) {
+            m_nDropped.fetch_add(1, std::memory_order_relaxed);
+        }
     }
 }
 

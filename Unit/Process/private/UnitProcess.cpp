@@ -53,7 +53,10 @@ bool onlyFailuresAreTraced(const TraceConfiguration& trace)
 }
 } // namespace
 
-UnitProcess::UnitProcess(const UnitConfiguration& configuration) : m_configuration(configuration) {}
+UnitProcess::UnitProcess(const UnitConfiguration& configuration) : m_configuration(configuration)
+{
+    m_owner.check("UnitProcess");
+}
 
 UnitProcess::~UnitProcess()
 {
@@ -62,6 +65,7 @@ UnitProcess::~UnitProcess()
 
 void UnitProcess::load()
 {
+    m_owner.check("UnitProcess::load");
     applyTraceLevels();
     if (!m_configuration.sStorageFile.empty()) {
         StorageVariables::loadFile(m_configuration.sStorageFile);
@@ -89,6 +93,7 @@ void UnitProcess::applyTraceLevels() const
 
 void UnitProcess::start()
 {
+    m_owner.check("UnitProcess::start");
     m_namesBefore = BrokerDirectory::publishedNames();
     m_bStarted = true;
     try {
@@ -102,6 +107,7 @@ void UnitProcess::start()
             m_channels.push_back(std::make_unique<RadioChannel>(channel));
             m_channels.back()->configureSimulation();
         }
+        interposeMonitors();
         driveModuleInit();
         driveAndWarn(ePHASE_MODULE_STORAGE_OBJECTS_RETRIEVED);
         driveAndWarn(ePHASE_POST_FRAMEFORMAT_LOAD);
@@ -134,6 +140,22 @@ void UnitProcess::constructModules()
     }
 }
 
+// After the knobs of the simulation were found by the handlers' names, and before the controllers look for them.
+void UnitProcess::interposeMonitors()
+{
+    if (!m_bMonitored) {
+        return;
+    }
+    for (const auto& pChannel : m_channels) {
+        m_monitors.push_back(std::make_unique<ChannelMonitor>(pChannel->number()));
+        if (!m_monitors.back()->interpose()) {
+            m_warnings.push_back(fmt::format("channel {} is not watched by the safety monitor: handler and controller "
+                                             "have to be published as interfaces with a C function table",
+                                             pChannel->number()));
+        }
+    }
+}
+
 void UnitProcess::driveModuleInit()
 {
     // A module that fails here says so at level 1; the error below says the same, with what to do.
@@ -161,10 +183,14 @@ void UnitProcess::driveAndWarn(unsigned long nPhase)
 
 void UnitProcess::stop()
 {
+    m_owner.check("UnitProcess::stop");
     if (m_bStarted) {
         m_bStarted = false;
         for (const PhaseFailure& failure : PhaseDriver::drive(ePHASE_STOP)) {
             m_warnings.push_back(failureText(failure));
+        }
+        for (const auto& pMonitor : m_monitors) {
+            pMonitor->putBack(); // the modules withdraw their own
         }
         for (std::size_t nModule = m_modules.size(); nModule > 0; --nModule) {
             LoadedModule& module = *m_modules[nModule - 1];
