@@ -19,11 +19,20 @@ struct HttpLimits
     std::size_t nMaxBodyBytes = std::size_t{256} * 1024;
     unsigned int nMaxConnections = 64;
     unsigned int nMaxConnectionsPerAddress = 48;
+    unsigned int nMaxStreams = 32; /**< answers without an end at once, so that others find a connection */
+    unsigned int nMaxStreamsPerAddress = 24;
     std::chrono::seconds inactivity{10};       /**< without a byte */
     std::chrono::milliseconds deadline{30000}; /**< from a connection's begin or its last answer's end to the next's */
     std::size_t nConnectionMemory = std::size_t{16} * 1024; /**< for a request's head; more is refused */
     std::size_t nThreadStack = std::size_t{1024} * 1024;
     int nNiceness = 10; /**< of the connections' threads, so that they never take a core from the unit's other work */
+};
+
+/** Connections that are open. */
+struct HttpConnections
+{
+    std::size_t nOpen = 0;
+    std::size_t nStreams = 0; /**< of these, those whose answer is a stream */
 };
 
 /** Where the server listens. */
@@ -72,6 +81,9 @@ public:
 
     /** @return the port that it listens on */
     std::uint16_t port() const;
+
+    /** Any thread. */
+    HttpConnections connections() const;
 
     /**
      * Takes no more connections, lets answers under way go out for at most the time given, then closes everything.

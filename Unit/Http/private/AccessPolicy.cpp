@@ -3,6 +3,8 @@
 #include "Unit/Http/private/HeaderText.h"
 #include "Unit/Http/private/HostAuthority.h"
 
+#include <algorithm>
+#include <initializer_list>
 #include <string_view>
 #include <utility>
 
@@ -84,12 +86,13 @@ bool isCharsetTaken(std::string_view parameter)
     return sCharset == "utf-8" || sCharset == "us-ascii";
 }
 
-std::optional<HttpResponse> refuseType(const SingleHeader& type)
+/** @param types the first of them is what is recommended */
+std::optional<HttpResponse> refuseType(const SingleHeader& type, std::initializer_list<std::string_view> types)
 {
     std::string_view rest = type.sValue;
     const std::string sType = lowerCase(nextPart(rest));
-    if (!type.isSingle() || (sType != "text/xml" && sType != "application/xml")) {
-        return httpRefusal(UNSUPPORTED_MEDIA_TYPE, "send one Content-Type header: text/xml");
+    if (!type.isSingle() || std::find(types.begin(), types.end(), sType) == types.end()) {
+        return httpRefusal(UNSUPPORTED_MEDIA_TYPE, "send one Content-Type header: " + std::string(*types.begin()));
     }
     while (!rest.empty()) {
         if (!isCharsetTaken(nextPart(rest))) {
@@ -113,6 +116,12 @@ bool isSameOrigin(const std::string& sOrigin, const HostAuthority& host)
     }
     return *origin == host || (origin->host.isLoopback() && host.host.isLoopback());
 }
+HttpResponse refuseMethod(const char* pAdvice, const char* pAllowed)
+{
+    HttpResponse response = httpRefusal(METHOD_NOT_ALLOWED, pAdvice);
+    response.headers.emplace_back("Allow", pAllowed);
+    return response;
+}
 } // namespace
 
 AccessPolicy::AccessPolicy(std::string sAddress, std::uint16_t nPort, std::string sToken)
@@ -121,11 +130,33 @@ AccessPolicy::AccessPolicy(std::string sAddress, std::uint16_t nPort, std::strin
 
 std::optional<HttpResponse> AccessPolicy::refuseXmlPost(const HttpRequest& head) const
 {
-    if (head.sMethod != "POST") {
-        HttpResponse response = httpRefusal(METHOD_NOT_ALLOWED, "send a POST");
-        response.headers.emplace_back("Allow", "POST");
-        return response;
+    auto refused = refusePost(head);
+    return refused.has_value() ? std::move(refused)
+                               : refuseType(SingleHeader(head, "content-type"), {"text/xml", "application/xml"});
+}
+
+std::optional<HttpResponse> AccessPolicy::refuseJsonPost(const HttpRequest& head) const
+{
+    auto refused = refusePost(head);
+    return refused.has_value() ? std::move(refused)
+                               : refuseType(SingleHeader(head, "content-type"), {"application/json"});
+}
+
+std::optional<HttpResponse> AccessPolicy::refusePost(const HttpRequest& head) const
+{
+    return head.sMethod == "POST" ? refuseStranger(head, EHttpContent::Unit) : refuseMethod("send a POST", "POST");
+}
+
+std::optional<HttpResponse> AccessPolicy::refuseGet(const HttpRequest& head, EHttpContent eContent) const
+{
+    if (head.sMethod != "GET" && head.sMethod != "HEAD") {
+        return refuseMethod("send a GET", "GET, HEAD");
     }
+    return refuseStranger(head, eContent);
+}
+
+std::optional<HttpResponse> AccessPolicy::refuseStranger(const HttpRequest& head, EHttpContent eContent) const
+{
     const SingleHeader host(head, "host");
     if (!host.isSingle() || !isOwnAuthority(host.sValue)) {
         return httpRefusal(
@@ -139,13 +170,22 @@ std::optional<HttpResponse> AccessPolicy::refuseXmlPost(const HttpRequest& head)
                            "pages of another origin may not ask this server: use a page that it served itself, "
                            "or a program that sends no Origin header");
     }
-    if (!m_sToken.empty() && !carriesToken(SingleHeader(head, "authorization"), m_sToken)) {
+    // A page may be followed to from anywhere. What a foreign page loads without a word of its own, such as a picture,
+    // has no Origin; browsers say here whose wish it was.
+    const SingleHeader site(head, "sec-fetch-site");
+    if (eContent == EHttpContent::Unit && !site.isMissing() &&
+        (!site.isSingle() || (site.sValue != "same-origin" && site.sValue != "none")))
+    {
+        return httpRefusal(FORBIDDEN, "pages of another origin may not ask this server");
+    }
+    if (eContent == EHttpContent::Unit && !m_sToken.empty() &&
+        !carriesToken(SingleHeader(head, "authorization"), m_sToken)) {
         HttpResponse response =
             httpRefusal(UNAUTHORIZED, "send the header \"Authorization: Bearer\" with the unit's token");
         response.headers.emplace_back("WWW-Authenticate", "Bearer");
         return response;
     }
-    return refuseType(SingleHeader(head, "content-type"));
+    return std::nullopt;
 }
 
 // A name may be made to point here by whoever owns it, an address may not: only names known to be ours are taken, but

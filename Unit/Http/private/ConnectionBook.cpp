@@ -46,6 +46,14 @@ void ConnectionBook::close(Connection& connection)
     m_changed.notify_all();
 }
 
+HttpConnections ConnectionBook::count() const
+{
+    const std::lock_guard lock(m_mutex);
+    const auto nStreams = std::count_if(m_connections.begin(), m_connections.end(),
+                                        [](const Connection& connection) { return connection.bStreaming; });
+    return {m_connections.size(), static_cast<std::size_t>(nStreams)};
+}
+
 bool ConnectionBook::beginExchange(Connection& connection)
 {
     const std::lock_guard lock(m_mutex);
@@ -63,13 +71,41 @@ bool ConnectionBook::beginAnswer(Connection& connection)
 void ConnectionBook::endExchange(Connection& connection)
 {
     const std::lock_guard lock(m_mutex);
-    connection.bExchange = connection.bAnswering = false;
+    connection.bExchange = connection.bAnswering = connection.bStreaming = false;
     connection.since = Connection::Clock::now();
     ++connection.nExchanges;
     if (m_bStopping) {
         shutDown(connection);
     }
     m_changed.notify_all();
+}
+
+std::optional<std::string> ConnectionBook::beginStream(Connection& connection)
+{
+    const std::lock_guard lock(m_mutex);
+    const auto streamsOf = [this](const std::string* pAddress) {
+        return std::count_if(m_connections.begin(), m_connections.end(), [pAddress](const Connection& other) {
+            return other.bStreaming && (pAddress == nullptr || other.sAddress == *pAddress);
+        });
+    };
+    if (streamsOf(nullptr) >= static_cast<std::ptrdiff_t>(m_limits.nMaxStreams)) {
+        return "all " + std::to_string(m_limits.nMaxStreams) + " streams are taken; close one, or try again later";
+    }
+    if (streamsOf(&connection.sAddress) >= static_cast<std::ptrdiff_t>(m_limits.nMaxStreamsPerAddress)) {
+        return "this address has " + std::to_string(m_limits.nMaxStreamsPerAddress) + " streams already; close one";
+    }
+    connection.bStreaming = true;
+    connection.active = Connection::Clock::now();
+    if (m_bStopping) {
+        shutDown(connection);
+    }
+    return std::nullopt;
+}
+
+bool ConnectionBook::isShutDown(const Connection& connection) const
+{
+    const std::lock_guard lock(m_mutex);
+    return connection.bShutDown;
 }
 
 void ConnectionBook::setHandling(Connection& connection, bool bOn)
@@ -97,7 +133,7 @@ std::vector<LateConnection> ConnectionBook::shutDownLate()
 std::optional<std::string> ConnectionBook::lateness(const Connection& connection,
                                                     Connection::Clock::time_point now) const
 {
-    if (now - connection.since >= m_limits.deadline) {
+    if (!connection.bStreaming && now - connection.since >= m_limits.deadline) {
         return "connection closed: no answer finished within " + std::to_string(m_limits.deadline.count()) + " ms";
     }
     if (connection.bHandling || now - connection.active < m_limits.inactivity ||
@@ -122,7 +158,7 @@ void ConnectionBook::beginStop()
     const std::lock_guard lock(m_mutex);
     m_bStopping = true;
     for (Connection& connection : m_connections) {
-        if (!connection.bAnswering) {
+        if (!connection.bAnswering || connection.bStreaming) {
             shutDown(connection);
         }
     }

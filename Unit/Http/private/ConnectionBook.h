@@ -28,6 +28,7 @@ struct Connection
     bool bExchange = false;  // between a request's head and the end of its answer
     bool bHandling = false;  // the handler is at work
     bool bAnswering = false; // the answer is decided on
+    bool bStreaming = false; // the answer has no end that is known: no deadline holds, only silence counts
     bool bShutDown = false;
 };
 
@@ -60,7 +61,13 @@ public:
     /** @return false when no answer may begin any more */
     bool beginAnswer(Connection& connection);
     void endExchange(Connection& connection);
+    /** @return why an answer cannot be a stream; nothing when it is one now */
+    std::optional<std::string> beginStream(Connection& connection);
+    /** @return whether the rest of a stream need not be made */
+    bool isShutDown(const Connection& connection) const;
     void setHandling(Connection& connection, bool bOn);
+
+    HttpConnections count() const;
 
     /** Shuts down connections beyond their time. */
     std::vector<LateConnection> shutDownLate();

@@ -15,6 +15,7 @@ namespace
 constexpr unsigned int BAD_REQUEST = 400;
 constexpr unsigned int CONTENT_TOO_LARGE = 413;
 constexpr unsigned int NOT_IMPLEMENTED = 501;
+constexpr unsigned int UNAVAILABLE = 503;
 
 std::vector<std::string> valuesOf(const HttpRequest& head, std::string_view name)
 {
@@ -118,9 +119,23 @@ bool Exchange::finish()
     return respond(response, false);
 }
 
+LibraryResponse Exchange::makeResponse(const HttpResponse& response, bool bClose)
+{
+    if (response.pStream == nullptr) {
+        return libraryResponse(response, bClose);
+    }
+    limitUnsent(m_connection.nSocket);
+    return streamedResponse(response, m_server.book, m_connection);
+}
+
 bool Exchange::respond(const HttpResponse& response, bool bClose)
 {
-    const LibraryResponse pResponse = libraryResponse(response, bClose);
+    const auto refused = response.pStream == nullptr ? std::nullopt : m_server.book.beginStream(m_connection);
+    if (refused.has_value()) {
+        tellTurnedAway(*refused);
+        return respond(httpRefusal(UNAVAILABLE, *refused), bClose);
+    }
+    const LibraryResponse pResponse = makeResponse(response, bClose);
     if (pResponse != nullptr && MHD_queue_response(m_pLibrary, response.nStatus, pResponse.get()) == MHD_YES) {
         return true;
     }

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "Unit/Http/private/ConnectionBook.h"
+#include "Unit/Http/private/LibraryMessages.h"
 #include "Unit/Http/private/SafeHandler.h"
 
 #include <microhttpd.h>
@@ -37,6 +38,7 @@ public:
 private:
     std::optional<HttpResponse> refuseFraming() const;
     HttpResponse tooLarge() const;
+    LibraryResponse makeResponse(const HttpResponse& response, bool bClose);
     bool respond(const HttpResponse& response, bool bClose);
     void tellTurnedAway(const std::string& sWhat);
 

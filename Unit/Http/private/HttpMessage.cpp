@@ -13,6 +13,16 @@ std::optional<std::string> HttpRequest::header(const std::string& sName) const
     return std::nullopt;
 }
 
+std::optional<std::string> HttpRequest::queryValue(const std::string& sName) const
+{
+    for (const auto& [sKey, sValue] : query) {
+        if (sKey == sName) {
+            return sValue;
+        }
+    }
+    return std::nullopt;
+}
+
 HttpResponse httpRefusal(unsigned int nStatus, const std::string& sText)
 {
     HttpResponse response;

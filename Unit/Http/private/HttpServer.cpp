@@ -1,6 +1,7 @@
 #include "Unit/Http/HttpServer.h"
 
 #include "Platform/ConfigurationError.h"
+#include "Platform/Threads/ThreadRules.h"
 #include "Unit/Http/private/ConnectionBook.h"
 #include "Unit/Http/private/Exchange.h"
 #include "Unit/Http/private/LibraryLog.h"
@@ -20,11 +21,17 @@
 #include <cstdarg>
 #include <cstdio>
 #include <exception>
+#include <string_view>
 
 namespace
 {
 // The client that the thread serves, for the library's log, which does not tell it.
 thread_local std::string t_sClientAddress;
+
+// Whether the path of the thread's request holds a NUL, at which the library's text would end.
+thread_local bool t_bNulInPath = false;
+
+constexpr const char* NOBODYS_PATH = "%00"; // no path that a handler knows
 
 /** Makes the calling thread a nicer one, once. Linux has a niceness per thread. */
 void yieldTo(int nNiceness)
@@ -47,6 +54,7 @@ public:
     Implementation& operator=(const Implementation&) = delete;
 
     std::uint16_t port() const { return m_socket.port(); }
+    HttpConnections connections() const { return m_book.count(); }
     void stop(std::chrono::milliseconds grace);
 
 private:
@@ -108,6 +116,7 @@ MHD_Daemon* HttpServer::Implementation::start()
 
 void HttpServer::Implementation::stop(std::chrono::milliseconds grace)
 {
+    refuseThreadRole(EThreadRole::Connection, "HttpServer::stop"); // it would wait for itself
     if (m_pDaemon == nullptr) {
         return;
     }
@@ -161,8 +170,10 @@ void HttpServer::Implementation::onConnection(void* pThis, MHD_Connection* pLibr
     }
 }
 
-void* HttpServer::Implementation::onUri(void* pThis, const char* /*pUri*/, MHD_Connection* pLibrary)
+void* HttpServer::Implementation::onUri(void* pThis, const char* pUri, MHD_Connection* pLibrary)
 {
+    const std::string_view uri(pUri);
+    t_bNulInPath = uri.substr(0, uri.find('?')).find("%00") != std::string_view::npos;
     yieldTo(static_cast<Implementation*>(pThis)->m_limits.nNiceness);
     try {
         t_sClientAddress = clientAddress(pLibrary);
@@ -177,6 +188,7 @@ MHD_Result HttpServer::Implementation::onRequest(void* pThis, MHD_Connection* pL
                                                  const char* pMethod, const char* /*pVersion*/, const char* pData,
                                                  size_t* pnData, void** ppExchange)
 {
+    const ThreadRoleScope role(EThreadRole::Connection);
     auto& self = *static_cast<Implementation*>(pThis);
     auto* pExchange = static_cast<Exchange*>(*ppExchange);
     try {
@@ -187,7 +199,7 @@ MHD_Result HttpServer::Implementation::onRequest(void* pThis, MHD_Connection* pL
             }
             pExchange = new Exchange({self.m_book, self.m_handler, self.m_limits},
                                      *static_cast<Connection*>(pInfo->socket_context), pLibrary,
-                                     headOf(pLibrary, pUrl, pMethod));
+                                     headOf(pLibrary, t_bNulInPath ? NOBODYS_PATH : pUrl, pMethod));
             *ppExchange = pExchange; // onEnd() deletes it
             return pExchange->begin() ? MHD_YES : MHD_NO;
         }
@@ -236,6 +248,11 @@ HttpServer::~HttpServer() = default;
 std::uint16_t HttpServer::port() const
 {
     return m_pImplementation->port();
+}
+
+HttpConnections HttpServer::connections() const
+{
+    return m_pImplementation->connections();
 }
 
 void HttpServer::stop(std::chrono::milliseconds grace)

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "Unit/Http/HttpMessage.h"
+#include "Unit/Http/private/ConnectionBook.h"
 
 #include <microhttpd.h>
 
@@ -21,6 +22,12 @@ HttpRequest headOf(MHD_Connection* pConnection, const char* pUrl, const char* pM
  * @return null when the library cannot make it, such as for a header with a line's end in it
  */
 LibraryResponse libraryResponse(HttpResponse response, bool bClose);
+
+/**
+ * Makes a response whose body is a stream, as libraryResponse() does. It ends when the stream does or its connection is
+ * shut down.
+ */
+LibraryResponse streamedResponse(HttpResponse response, ConnectionBook& book, Connection& connection);
 
 /** @return a refusal as it is sent, for where the library takes no response; the connection is to be closed after it */
 std::string refusalText(const HttpResponse& response, const std::string& sReason);

@@ -43,6 +43,12 @@ Drained drain(int nSocket, std::size_t& nLeft)
 }
 } // namespace
 
+void limitUnsent(int nSocket)
+{
+    constexpr int UNSENT_BYTES = 64 * 1024;
+    (void)setsockopt(nSocket, SOL_SOCKET, SO_SNDBUF, &UNSENT_BYTES, sizeof UNSENT_BYTES); // a wish: it works without
+}
+
 std::optional<std::chrono::milliseconds> silenceOf(int nSocket)
 {
     tcp_info info{};

@@ -10,6 +10,9 @@
 /** @return the time since a byte of data came in or went out; nothing when the system does not tell */
 std::optional<std::chrono::milliseconds> silenceOf(int nSocket);
 
+/** Lets the system hold little that a slow peer has not taken yet, so that a stream is not seconds behind. */
+void limitUnsent(int nSocket);
+
 /** Sends a short text as far as it goes out without waiting. */
 void sendAtOnce(int nSocket, const std::string& sText);
 

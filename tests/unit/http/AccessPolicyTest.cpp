@@ -245,3 +245,61 @@ TEST(AccessPolicy, KnowsTheLoopback)
         EXPECT_FALSE(isLoopback(pAddress)) << pAddress;
     }
 }
+
+TEST(AccessPolicyOfReading, TakesGetAndHeadOnly)
+{
+    const AccessPolicy policy("127.0.0.1", 8080, "");
+    const Headers headers = {{"Host", "localhost:8080"}};
+    for (const EHttpContent eContent : {EHttpContent::Public, EHttpContent::Unit}) {
+        EXPECT_FALSE(policy.refuseGet(request(headers, "GET"), eContent).has_value());
+        EXPECT_FALSE(policy.refuseGet(request(headers, "HEAD"), eContent).has_value());
+        for (const char* pMethod : {"POST", "PUT", "get", "OPTIONS"}) {
+            const auto refused = policy.refuseGet(request(headers, pMethod), eContent);
+            ASSERT_TRUE(refused.has_value()) << pMethod;
+            EXPECT_EQ(refused->nStatus, 405U) << pMethod;
+            EXPECT_EQ(refused->headers.front().second, "GET, HEAD");
+        }
+    }
+}
+
+TEST(AccessPolicyOfReading, RefusesStrangersWhateverTheyAskFor)
+{
+    const AccessPolicy policy("127.0.0.1", 8080, "");
+    for (const EHttpContent eContent : {EHttpContent::Public, EHttpContent::Unit}) {
+        EXPECT_EQ(policy.refuseGet(request({}, "GET"), eContent)->nStatus, 403U);
+        EXPECT_EQ(policy.refuseGet(request({{"Host", "evil.example:8080"}}, "GET"), eContent)->nStatus, 403U);
+        EXPECT_EQ(policy
+                      .refuseGet(request({{"Host", "localhost:8080"}, {"Origin", "http://evil.example:8080"}}, "GET"),
+                                 eContent)
+                      ->nStatus,
+                  403U);
+    }
+}
+
+TEST(AccessPolicyOfReading, RefusesWhatAForeignPageLoadsWithoutSayingWhoseItIs)
+{
+    const AccessPolicy policy("127.0.0.1", 8080, "");
+    for (const char* const pSite : {"cross-site", "same-site", "", "same-origin, none"}) {
+        const Headers headers = {{"Host", "localhost:8080"}, {"Sec-Fetch-Site", pSite}};
+        const auto refused = policy.refuseGet(request(headers, "GET"), EHttpContent::Unit);
+        ASSERT_TRUE(refused.has_value()) << pSite;
+        EXPECT_EQ(refused->nStatus, 403U) << pSite;
+        EXPECT_FALSE(policy.refuseGet(request(headers, "GET"), EHttpContent::Public).has_value()) << pSite;
+    }
+    for (const char* const pSite : {"same-origin", "none"}) {
+        const Headers headers = {{"Host", "localhost:8080"}, {"Sec-Fetch-Site", pSite}};
+        EXPECT_FALSE(policy.refuseGet(request(headers, "GET"), EHttpContent::Unit).has_value()) << pSite;
+    }
+    const Headers twice = {{"Host", "localhost:8080"}, {"Sec-Fetch-Site", "none"}, {"sec-fetch-site", "none"}};
+    EXPECT_EQ(policy.refuseGet(request(twice, "GET"), EHttpContent::Unit)->nStatus, 403U);
+}
+
+TEST(AccessPolicyOfReading, AsksForTheTokenOnlyWhereTheUnitIsRead)
+{
+    const AccessPolicy policy("127.0.0.1", 8080, "0123456789abcdef");
+    Headers headers = {{"Host", "localhost:8080"}};
+    EXPECT_FALSE(policy.refuseGet(request(headers, "GET"), EHttpContent::Public).has_value());
+    EXPECT_EQ(policy.refuseGet(request(headers, "GET"), EHttpContent::Unit)->nStatus, 401U);
+    headers.emplace_back("Authorization", "Bearer 0123456789abcdef");
+    EXPECT_FALSE(policy.refuseGet(request(headers, "GET"), EHttpContent::Unit).has_value());
+}

@@ -123,6 +123,14 @@ Answer HttpClient::ask(const std::string& sText)
     return receive();
 }
 
+std::string HttpClient::receiveSome()
+{
+    if (m_sReceived.empty()) {
+        static_cast<void>(receiveMore());
+    }
+    return std::exchange(m_sReceived, {});
+}
+
 bool HttpClient::isEndedWithin(std::chrono::milliseconds time) const
 {
     const auto end = std::chrono::steady_clock::now() + time;

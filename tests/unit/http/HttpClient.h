@@ -37,6 +37,9 @@ public:
     Answer receive();
     Answer ask(const std::string& sText);
 
+    /** @return what came next, as it came; empty when the connection ended or nothing came in time */
+    std::string receiveSome();
+
     /** Drops what comes in. @return whether the server ended the connection in time */
     bool isEndedWithin(std::chrono::milliseconds time) const;
 

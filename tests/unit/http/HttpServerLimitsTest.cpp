@@ -13,7 +13,6 @@ using std::chrono::seconds;
 
 namespace
 {
-constexpr seconds PATIENCE{10};
 
 HttpServerSettings withDeadline(milliseconds deadline)
 {

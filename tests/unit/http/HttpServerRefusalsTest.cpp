@@ -10,7 +10,6 @@ using testing::HasSubstr;
 
 namespace
 {
-constexpr std::chrono::seconds PATIENCE{10};
 
 HttpServerSettings smallBodies()
 {

@@ -1,4 +1,5 @@
 #include "Unit/Http/HttpServer.h"
+#include "tests/support/BrokenRule.h"
 #include "tests/unit/http/HttpClient.h"
 #include "tests/unit/http/TestHandler.h"
 
@@ -11,7 +12,6 @@ using std::chrono::seconds;
 
 namespace
 {
-constexpr seconds PATIENCE{10};
 
 // Far beyond what a stop may take, far below what the limits of a connection would allow.
 constexpr seconds BOUND{5};
@@ -124,4 +124,22 @@ TEST(HttpStop, FollowsAStartAtOnce)
         const HttpClient client(server.port());
         client.send(post("x"));
     }
+}
+
+TEST(HttpStop, IsNotForAConnectionsThreadWhichItWouldWaitFor)
+{
+    EXPECT_BROKEN_RULE(
+        {
+            TestHandler handler;
+            HttpServer* pServer = nullptr;
+            handler.onAnswer = [&pServer](const HttpRequest& request) {
+                pServer->stop();
+                return okResponse(request.sBody);
+            };
+            HttpServer server(testSettings(), handler);
+            pServer = &server;
+            HttpClient client(server.port());
+            client.ask(post("stop"));
+        },
+        "HttpServer::stop");
 }

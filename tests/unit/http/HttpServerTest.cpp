@@ -25,7 +25,41 @@ TEST(HttpServer, AnswersARequestWithTheUsualHeaders)
     EXPECT_EQ(answer.headers.at("content-type"), "text/plain; charset=utf-8");
     EXPECT_EQ(answer.headers.at("x-content-type-options"), "nosniff");
     EXPECT_EQ(answer.headers.at("cache-control"), "no-store");
+    EXPECT_EQ(answer.headers.at("cross-origin-resource-policy"), "same-origin");
+    EXPECT_EQ(answer.headers.at("content-security-policy"), "default-src 'none'; frame-ancestors 'none'");
     EXPECT_THAT(handler.told(), IsEmpty());
+}
+
+TEST(HttpServer, LetsGoOfWhatABodyKeepsOnceItIsOut)
+{
+    TestHandler handler;
+    const auto pKept = std::make_shared<int>();
+    handler.onAnswer = [&pKept](const HttpRequest&) {
+        HttpResponse response = okResponse("kept");
+        response.pKept = pKept;
+        return response;
+    };
+    HttpServer server(testSettings(), handler);
+    HttpClient client(server.port());
+    EXPECT_EQ(client.ask(post("")).sBody, "kept");
+    server.stop();
+    EXPECT_EQ(pKept.use_count(), 1);
+}
+
+TEST(HttpServer, GivesNobodyAPathWithANul)
+{
+    TestHandler handler;
+    std::string sPath;
+    handler.onAnswer = [&sPath](const HttpRequest& request) {
+        sPath = request.sPath;
+        return okResponse("");
+    };
+    HttpServer server(testSettings(), handler);
+    HttpClient client(server.port());
+    client.ask("GET /RPC2%00.js?a=%00 HTTP/1.1\r\nHost: h\r\n\r\n");
+    EXPECT_EQ(sPath, "%00");
+    client.ask("GET /RPC2?a=%00 HTTP/1.1\r\nHost: h\r\n\r\n");
+    EXPECT_EQ(sPath, "/RPC2");
 }
 
 TEST(HttpServer, SendsStatusTypeAndHeadersOfTheHandler)

@@ -4,7 +4,6 @@
 
 namespace
 {
-constexpr std::chrono::seconds PATIENCE{10};
 }
 
 std::optional<HttpResponse> TestHandler::refuse(const HttpRequest& head)

@@ -13,6 +13,9 @@
 #include <string>
 #include <vector>
 
+/** Far beyond what an answer takes. */
+inline constexpr std::chrono::seconds PATIENCE{10};
+
 /** Sends the body back, unless told otherwise, and keeps what it is told. */
 class TestHandler : public IHttpHandler
 {
