@@ -50,6 +50,14 @@ private:
     XMLRPC_VALUE m_members; // the request's; null for none
 };
 
+/** What a method changes. */
+enum class EMethodChange
+{
+    Nothing,
+    Unit,   /**< something of the whole unit */
+    Channel /**< something of a radio channel, unless its option is to read */
+};
+
 /** A method. */
 struct Method
 {
@@ -57,6 +65,7 @@ struct Method
     std::string sHelp;                                  /**< what system.methodHelp tells */
     std::vector<std::vector<std::string>> signatures;   /**< type of the result, then of each parameter */
     std::function<XmlRpcValue(const MethodCall&)> call; /**< any thread; throws XmlRpcFault for a fault */
+    EMethodChange eChanges = EMethodChange::Nothing;
 };
 
 /** Methods by name. Filled before it is shared between threads. */

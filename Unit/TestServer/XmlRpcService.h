@@ -3,6 +3,7 @@
  */
 #pragma once
 
+#include "Unit/TestServer/CallCounter.h"
 #include "Unit/TestServer/MethodTable.h"
 #include "Unit/XmlRpc/XmlRpcGuard.h"
 
@@ -24,7 +25,11 @@ public:
     /** Is told in a line why a body never became a call. */
     using RefusalListener = std::function<void(const std::string& sWhy)>;
 
-    explicit XmlRpcService(MethodTable methods, const XmlRpcLimits& limits = {});
+    /** Is told of each method that was called, with its call and the text of its fault, empty for none, before the
+     * next one is. */
+    using CallListener = std::function<void(const Method& method, XMLRPC_REQUEST request, const std::string& sFault)>;
+
+    explicit XmlRpcService(MethodTable methods, const XmlRpcLimits& limits = {}, CallListener onCall = nullptr);
     XmlRpcService(const XmlRpcService&) = delete; // its methods know where it lives
     XmlRpcService& operator=(const XmlRpcService&) = delete;
     ~XmlRpcService() = default;
@@ -36,13 +41,19 @@ public:
      */
     std::string answer(const std::string& sBody, const RefusalListener& onRefusal = nullptr) const;
 
+    /** @return how often each method was called; a call inside a system.multicall counts for its own method as well */
+    std::map<std::string, CallCounts> calls() const { return m_calls.counts(); }
+
 private:
     XmlRpcValue dispatch(const std::string& sMethod, XMLRPC_REQUEST request) const;
+    void tell(const Method& method, XMLRPC_REQUEST request, const std::string& sFault) const;
     void addSystemMethods();
     XmlRpcValue multicall(XMLRPC_REQUEST request) const;
     XmlRpcValue inner(XMLRPC_VALUE call) const;
 
     MethodTable m_methods;
     XmlRpcLimits m_limits;
+    CallListener m_onCall;
     mutable std::mutex m_turn;
+    mutable CallCounter m_calls;
 };

@@ -2,6 +2,7 @@
 
 #include "Platform/ConfigurationError.h"
 #include "Platform/Trace/TraceControl.h"
+#include "Unit/Process/RegulationLoop.h"
 #include "Unit/TestServer/private/RefusalTrace.h"
 #include "tests/unit/TemporaryFolder.h"
 
@@ -51,7 +52,46 @@ TEST(TestServer, AnswersThatTheUnitIsStartingUntilItServes)
     request.sPath = "/RPC2";
     EXPECT_EQ(server.refuse(request)->nStatus, 503U);
     request.sPath = "/";
-    EXPECT_EQ(server.refuse(request)->nStatus, 404U);
+    EXPECT_EQ(server.refuse(request)->nStatus, 503U);
+}
+
+TEST(TestServer, GivesAPathToTheFirstSiteThatOwnsIt)
+{
+    class Site : public IHttpSite
+    {
+    public:
+        explicit Site(std::string sPath) : m_sPath(std::move(sPath)) {}
+        bool owns(const std::string& sPath) const override { return sPath.starts_with(m_sPath); }
+        std::optional<HttpResponse> refuse(const HttpRequest& head, const AccessPolicy& policy) const override
+        {
+            return policy.refuseGet(head, EHttpContent::Unit);
+        }
+        HttpResponse answer(const HttpRequest& request) override
+        {
+            return {200, "text/plain", m_sPath + request.sPath, {}};
+        }
+
+    private:
+        std::string m_sPath;
+    };
+    Site first("/a");
+    Site second("/");
+    SampleQueue queue(1);
+    RegulationLoop loop({}, {}, nullptr, {}, queue);
+    TestServer server(anyPort());
+    server.serve(loop, {&first, &second});
+    HttpRequest request;
+    request.sMethod = "GET";
+    request.headers = {{"Host", server.url().substr(std::string("http://").size())}};
+    for (const auto& [pPath, pAnswer] : {std::pair("/a/b", "/a/a/b"), {"/b", "//b"}}) {
+        request.sPath = pPath;
+        EXPECT_FALSE(server.refuse(request).has_value()) << pPath;
+        EXPECT_EQ(server.answer(request).sBody, pAnswer);
+    }
+    request.headers.clear();
+    EXPECT_EQ(server.refuse(request)->nStatus, 403U);
+    request.sPath = "/RPC2";
+    EXPECT_EQ(server.refuse(request)->nStatus, 405U) << "the test interface is no site's";
 }
 
 TEST(TestServer, TakesTheFirstLineOfTheTokenFile)
@@ -65,7 +105,7 @@ TEST(TestServer, RefusesATokenThatIsShortOrHasBlanks)
     for (const char* pContent :
          {"", "\n0123456789abcdef", "0123456789abcde", "0123456789 abcdef", "0123456789\xc3\xa4xyz123"})
     {
-        EXPECT_THAT(errorWithToken(pContent), testing::HasSubstr("must have at least 16 characters")) << pContent;
+        EXPECT_THAT(errorWithToken(pContent), testing::HasSubstr("16 to 4096 characters")) << pContent;
     }
 }
 

@@ -1,4 +1,4 @@
-#include "Unit/TestServer/private/UnitMethods.h"
+#include "Unit/TestServer/UnitMethods.h"
 
 #include "Unit/Process/RegulationLoop.h"
 #include "Unit/TestServer/XmlRpcService.h"

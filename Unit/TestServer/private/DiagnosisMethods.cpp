@@ -1,20 +1,15 @@
 #include "Platform/Trace/TraceControl.h"
 #include "Unit/Configuration/ValueRanges.h"
+#include "Unit/TestServer/private/MethodGroups.h"
 #include "Unit/TestServer/private/MethodHelpers.h"
-#include "Unit/TestServer/private/UnitMethods.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <limits>
 #include <vector>
 
 namespace
 {
-constexpr const char* CHANNEL = "RadioChannelID";
-constexpr int MAX_INT32 = std::numeric_limits<std::int32_t>::max();
-constexpr int MIN_INT32 = std::numeric_limits<std::int32_t>::min();
-
 XmlRpcValue traceLevels(const MethodCall& call, RegulationLoop& /*loop*/)
 {
     call.allowOnly({});
@@ -149,20 +144,22 @@ using Diagnosis = XmlRpcValue (*)(const MethodCall&, RegulationLoop&);
 
 void addDiagnosisMethods(MethodTable& table, RegulationLoop& loop)
 {
-    const auto add = [&](const char* pName, const char* pHelp, Diagnosis diagnosis) {
-        addStructMethod(table, pName, pHelp,
-                        [&loop, diagnosis](const MethodCall& call) { return diagnosis(call, loop); });
+    const auto add = [&](const char* pName, const char* pHelp, Diagnosis diagnosis,
+                         EMethodChange eChanges = EMethodChange::Nothing) {
+        addStructMethod(
+            table, pName, pHelp, [&loop, diagnosis](const MethodCall& call) { return diagnosis(call, loop); },
+            eChanges);
     };
     add("Unit.TraceLevels", "Returns the trace groups and their levels.", traceLevels);
     add("Unit.SetTraceLevel", "Sets a trace level. Level (int): 0 to 9. Group (string): all groups when left out.",
-        setTraceLevel);
+        setTraceLevel, EMethodChange::Unit);
     add("Unit.SetFault",
         "Sets a fault of the simulated output power handler. Operation (string), such as getPmeasured. Kind (string): "
         "none, fail, fail-times, stuck, wrong-value, slow or intermittent. Times (int): how many calls fail. Value "
         "(int): what is "
         "read, powers in hundredths of a decibel. DelayUs (int). Probability (double): 0 to 1. RadioChannelID (int): 0 "
         "when left out.",
-        setFault);
+        setFault, EMethodChange::Channel);
     add("Unit.Faults",
         "Returns the faults that the simulated output power handler was given and that were not cleared. "
         "RadioChannelID (int).",

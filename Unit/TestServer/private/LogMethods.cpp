@@ -1,8 +1,8 @@
 #include "Platform/Broker/CInterfaceBroker.h"
 #include "Platform/TestInterface/TestInterface.h"
 #include "Platform/Trace/TraceControl.h"
+#include "Unit/TestServer/private/MethodGroups.h"
 #include "Unit/TestServer/private/MethodHelpers.h"
-#include "Unit/TestServer/private/UnitMethods.h"
 
 #include <fmt/format.h>
 
@@ -50,14 +50,18 @@ public:
 
     XmlRpcValue manageTransientLog(const MethodCall& call)
     {
-        const std::string sName = fmt::format("TIManageOPCTransientLogCh{}", channelOf(call, m_loop).number());
-        const auto& method = published<TIMethodCStruct>(call, sName);
-        return handled(call, [&] { return method.handle(method.vpThis, nullptr, call.request(), nullptr); });
+        RadioChannel& channel = channelOf(call, m_loop);
+        const auto& method =
+            published<TIMethodCStruct>(call, fmt::format("TIManageOPCTransientLogCh{}", channel.number()));
+        return handled(
+            call, [&] { return method.handle(method.vpThis, nullptr, call.request(), nullptr); },
+            [&channel](const char* pOption) { channel.logs().onTransientLog(pOption); });
     }
 
     XmlRpcValue manageLog(const MethodCall& call)
     {
-        const auto& log = published<ManageLogsCStruct>(call, logName(call));
+        RadioChannel& channel = channelOfLog(call);
+        const auto& log = published<ManageLogsCStruct>(call, logNameOf(channel));
         const char* const pOption = requestOption(call);
         if (pOption == nullptr) { // the log's handler takes a text for granted
             throw XmlRpcFault(
@@ -65,7 +69,9 @@ public:
                 fmt::format("eTI_E_REQUIRED_INPUT_MISSING, {} failed due to missing tag RequestOption", call.method()));
         }
         std::string sOption = pOption;
-        return handled(call, [&] { return log.manageLogs(log.vpThis, sOption.data()); });
+        return handled(
+            call, [&] { return log.manageLogs(log.vpThis, sOption.data()); },
+            [&channel](const char* pDone) { channel.logs().onOpcLog(pDone); });
     }
 
 private:
@@ -81,19 +87,22 @@ private:
     }
 
     /** Only names of logs that the unit knows: whatever else is published is no log, and not to be called as one. */
-    std::string logName(const MethodCall& call) const
+    RadioChannel& channelOfLog(const MethodCall& call) const
     {
         const auto sName = call.text("LogName");
         if (!sName) {
-            return call.has("RadioChannelID") ? logNameOf(channelOf(call, m_loop)) : call.requiredText("LogName");
+            if (!call.has("RadioChannelID")) {
+                call.requiredText("LogName");
+            }
+            return channelOf(call, m_loop);
         }
         if (call.has("RadioChannelID")) {
             throw failure(call, "LogName and RadioChannelID are both given; give one of them");
         }
         std::string sKnown;
-        for (const RadioChannel* pChannel : m_loop.channels()) {
+        for (RadioChannel* pChannel : m_loop.channels()) {
             if (*sName == logNameOf(*pChannel)) {
-                return *sName;
+                return *pChannel;
             }
             sKnown += (sKnown.empty() ? "" : ", ") + logNameOf(*pChannel);
         }
@@ -113,7 +122,8 @@ private:
         return *static_cast<const TRecord*>(pRecord);
     }
 
-    template <class THandler> XmlRpcValue handled(const MethodCall& call, THandler handler)
+    /** @param done is told the option of a call that was no fault, between the same two steps */
+    template <class THandler, class TDone> XmlRpcValue handled(const MethodCall& call, THandler handler, TDone done)
     {
         const char* const pOption = requestOption(call);
         const bool bDump = pOption != nullptr && std::string_view(pOption) == DUMP_OPTION;
@@ -121,7 +131,12 @@ private:
             throw failure(call, "the system log does not take its lines; try again");
         }
         XmlRpcValue value;
-        betweenSteps(call, m_loop, [&] { value.reset(handler()); });
+        betweenSteps(call, m_loop, [&] {
+            value.reset(handler());
+            if (pOption != nullptr && value != nullptr && XMLRPC_ValueIsFault(value.get()) == 0) {
+                done(pOption);
+            }
+        });
         if (bDump) {
             m_systemLog.wait(); // so that the lines are there when the client has its answer
         }
@@ -167,24 +182,27 @@ void addPlainMethod(MethodTable& table, const char* pName, const std::string& sS
                [call, sStructMethod](const MethodCall& plain) {
                    const XmlRpcRequest request = withStruct(plain);
                    return call(MethodCall(sStructMethod, request.get()));
-               }});
+               },
+               EMethodChange::Channel});
 }
 } // namespace
 
 void addLogMethods(MethodTable& table, RegulationLoop& loop)
 {
     const auto pLogs = std::make_shared<LogManagement>(loop);
-    addStructMethod(table, "TI.ManageOPCTransientLog",
-                    "Manages the transient log of a radio channel. RequestOption (string): Enable empties it and lets "
-                    "it record, Disable stops it, Read returns the samples in hundredths of a decibel, SaveToSysLog "
-                    "writes them to the system log. RadioChannelID (int): 0 when left out.",
-                    [pLogs](const MethodCall& call) { return pLogs->manageTransientLog(call); });
-    addStructMethod(table, "TI.ManageLogs",
-                    "Manages the statistics log of a radio channel. RequestOption (string): Start empties it and lets "
-                    "it record, Stop stops it, Read returns it in hundredths of a decibel, ReadAndReset empties it as "
-                    "well, SaveToSysLog writes it to the system log. LogName (string), such as "
-                    "Channel.0.TxOutputPowerControlLog, or RadioChannelID (int).",
-                    [pLogs](const MethodCall& call) { return pLogs->manageLog(call); });
+    addStructMethod(
+        table, "TI.ManageOPCTransientLog",
+        "Manages the transient log of a radio channel. RequestOption (string): Enable empties it and lets "
+        "it record, Disable stops it, Read returns the samples in hundredths of a decibel, SaveToSysLog "
+        "writes them to the system log. RadioChannelID (int): 0 when left out.",
+        [pLogs](const MethodCall& call) { return pLogs->manageTransientLog(call); }, EMethodChange::Channel);
+    addStructMethod(
+        table, "TI.ManageLogs",
+        "Manages the statistics log of a radio channel. RequestOption (string): Start empties it and lets "
+        "it record, Stop stops it, Read returns it in hundredths of a decibel, ReadAndReset empties it as "
+        "well, SaveToSysLog writes it to the system log. LogName (string), such as "
+        "Channel.0.TxOutputPowerControlLog, or RadioChannelID (int).",
+        [pLogs](const MethodCall& call) { return pLogs->manageLog(call); }, EMethodChange::Channel);
     addPlainMethod(table, "Unit.ManageTransientLog", "TI.ManageOPCTransientLog");
     addPlainMethod(table, "Unit.ManageLog", "TI.ManageLogs");
 }

@@ -11,7 +11,7 @@ XmlRpcFault failure(const MethodCall& call, const std::string& sText)
 
 RadioChannel& channelOf(const MethodCall& call, const RegulationLoop& loop)
 {
-    const int nChannel = call.integer("RadioChannelID").value_or(0);
+    const int nChannel = call.integer(CHANNEL).value_or(0);
     std::string sKnown;
     for (RadioChannel* pChannel : loop.channels()) {
         if (nChannel >= 0 && pChannel->number() == static_cast<unsigned int>(nChannel)) {
@@ -43,7 +43,10 @@ int integerInRange(const MethodCall& call, const char* pMember, int minimum, int
 void betweenSteps(const MethodCall& call, RegulationLoop& loop, const std::function<void()>& function)
 {
     try {
-        loop.commands().run(function);
+        loop.commands().run([&] {
+            function();
+            loop.noteCommand();
+        });
     }
     catch (const RegulationOver& over) {
         throw failure(call, over.what());
@@ -69,7 +72,7 @@ XmlRpcValue standardResponse()
 }
 
 void addStructMethod(MethodTable& table, const char* pName, const char* pHelp,
-                     std::function<XmlRpcValue(const MethodCall&)> call)
+                     std::function<XmlRpcValue(const MethodCall&)> call, EMethodChange eChanges)
 {
-    table.add({pName, pHelp, {{"struct", "struct"}}, std::move(call)});
+    table.add({pName, pHelp, {{"struct", "struct"}}, std::move(call), eChanges});
 }

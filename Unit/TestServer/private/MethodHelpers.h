@@ -13,6 +13,9 @@
 /** @return the fault of a call that could not be carried out: "eTI_E_FAILED, <method> <text>" */
 XmlRpcFault failure(const MethodCall& call, const std::string& sText);
 
+/** The member that names the channel in requests and answers. */
+inline constexpr const char* CHANNEL = "RadioChannelID";
+
 /** @return the channel that the member "RadioChannelID" names, 0 without it. @throws XmlRpcFault for an unknown one */
 RadioChannel& channelOf(const MethodCall& call, const RegulationLoop& loop);
 
@@ -34,4 +37,5 @@ XmlRpcValue standardResponse();
 
 /** Adds a method that takes one struct and returns one. */
 void addStructMethod(MethodTable& table, const char* pName, const char* pHelp,
-                     std::function<XmlRpcValue(const MethodCall&)> call);
+                     std::function<XmlRpcValue(const MethodCall&)> call,
+                     EMethodChange eChanges = EMethodChange::Nothing);

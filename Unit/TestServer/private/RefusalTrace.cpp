@@ -2,10 +2,25 @@
 
 #include "Platform/Trace/KmtTrace.h"
 
+#include <algorithm>
+
 namespace
 {
 constexpr int LEVEL_FAILURE = 1;
 constexpr const char* SOURCE_PATH = "Unit/TestServer/private/RefusalTrace";
+
+constexpr std::size_t LONGEST_REFUSAL = 300;
+
+/** @return what a client has sent, without what a terminal could take for a command, and no longer than a line */
+std::string forTrace(std::string sText)
+{
+    std::replace_if(
+        sText.begin(), sText.end(), [](char c) { return c < ' ' || c > '~'; }, '?');
+    if (sText.size() > LONGEST_REFUSAL) {
+        sText.replace(LONGEST_REFUSAL, std::string::npos, "...");
+    }
+    return sText;
+}
 
 KmtTrace& trace()
 {
@@ -33,7 +48,7 @@ void RefusalTrace::write(const std::string& sText)
     }
     ++m_nLines;
     std::ostream& line = trace().beginLogMsg(LEVEL_FAILURE, SOURCE_PATH, __LINE__);
-    line << sText;
+    line << forTrace(sText);
     if (m_nLeftOut > 0) {
         line << " (and " << m_nLeftOut << " more before)";
         m_nLeftOut = 0;

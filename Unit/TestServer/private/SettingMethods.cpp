@@ -1,6 +1,6 @@
 #include "Unit/Configuration/ValueRanges.h"
+#include "Unit/TestServer/private/MethodGroups.h"
 #include "Unit/TestServer/private/MethodHelpers.h"
-#include "Unit/TestServer/private/UnitMethods.h"
 
 #include <fmt/format.h>
 
@@ -8,7 +8,6 @@
 
 namespace
 {
-constexpr const char* CHANNEL = "RadioChannelID";
 constexpr const char* UNIT_FILE = "unit-file";
 
 /** @return the value to set; nothing to go back to the profile or the unit file */
@@ -158,8 +157,10 @@ using Setting = XmlRpcValue (*)(const MethodCall&, RegulationLoop&);
 
 void addSettingMethods(MethodTable& table, RegulationLoop& loop)
 {
-    const auto add = [&](const char* pName, const char* pHelp, Setting setting) {
-        addStructMethod(table, pName, pHelp, [&loop, setting](const MethodCall& call) { return setting(call, loop); });
+    const auto add = [&](const char* pName, const char* pHelp, Setting setting,
+                         EMethodChange eChanges = EMethodChange::Channel) {
+        addStructMethod(
+            table, pName, pHelp, [&loop, setting](const MethodCall& call) { return setting(call, loop); }, eChanges);
     };
     add("Unit.SetTxPower",
         "Switches a transmitter. State (string): on or off. PowerMode (int): kept when left out. A request that comes "
@@ -178,7 +179,7 @@ void addSettingMethods(MethodTable& table, RegulationLoop& loop)
         "Sets the frequency. FrequencyMhz (double), or Source (string): unit-file. RadioChannelID (int).",
         setFrequency);
     add("Unit.SetTemperature", "Sets the unit's temperature. TemperatureC (double), or Source (string): unit-file.",
-        setTemperature);
+        setTemperature, EMethodChange::Unit);
     add("Unit.SetLimits",
         "Sets the limits of the control power. TxPminDbm (double); TxPmaxDbm (double) is told only, the upper limit "
         "is the handler's. RadioChannelID (int).",
@@ -191,5 +192,6 @@ void addSettingMethods(MethodTable& table, RegulationLoop& loop)
         "Switches production test. ProductionTest (boolean). LoopMode (int): 0 normal, 1 closed, 2 open; 0 when left "
         "out. RadioChannelID (int).",
         setProductionTest);
-    add("Unit.SetInterval", "Sets the regulator interval of the unit. IntervalMs (int): 1 to 24.", setInterval);
+    add("Unit.SetInterval", "Sets the regulator interval of the unit. IntervalMs (int): 1 to 24.", setInterval,
+        EMethodChange::Unit);
 }

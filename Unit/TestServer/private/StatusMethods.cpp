@@ -1,5 +1,5 @@
+#include "Unit/TestServer/private/MethodGroups.h"
 #include "Unit/TestServer/private/MethodHelpers.h"
-#include "Unit/TestServer/private/UnitMethods.h"
 #include "Unit/Text/PowerText.h"
 
 #include <algorithm>
@@ -8,7 +8,6 @@
 
 namespace
 {
-constexpr const char* CHANNEL = "RadioChannelID";
 constexpr double CENTI = 100.0;
 constexpr double NANOSECONDS_PER_MICROSECOND = 1000.0;
 
@@ -147,17 +146,14 @@ XmlRpcValue status(const MethodCall& call, RegulationLoop& loop)
 {
     call.allowOnly({CHANNEL});
     const UnitSnapshot snapshot = takeSnapshot(call, loop);
-    const LatenessStatistics& lateness = snapshot.lateness;
-    const double meanNs =
-        lateness.nCount == 0 ? 0.0 : static_cast<double>(lateness.nTotalNs) / static_cast<double>(lateness.nCount);
     Members members;
     members.integer("IntervalMs", static_cast<int>(snapshot.intervalMs));
     members.number("UptimeS", snapshot.uptimeSeconds);
     members.number("TemperatureC", snapshot.temperatureDegrees.value());
     members.text("TemperatureSource", sourceName(snapshot.temperatureDegrees));
     members.count("Overruns", snapshot.nOverruns);
-    members.number("LatenessMeanUs", meanNs / NANOSECONDS_PER_MICROSECOND);
-    members.number("LatenessMaxUs", static_cast<double>(lateness.nMaxNs) / NANOSECONDS_PER_MICROSECOND);
+    members.number("LatenessMeanUs", snapshot.lateness.meanNs() / NANOSECONDS_PER_MICROSECOND);
+    members.number("LatenessMaxUs", static_cast<double>(snapshot.lateness.maxNs()) / NANOSECONDS_PER_MICROSECOND);
     members.count("DroppedSamples", snapshot.nDroppedSamples);
     members.count("Commands", snapshot.commands.nCommands);
     members.number("LongestCommandUs", static_cast<double>(snapshot.commands.nLongestNs) / NANOSECONDS_PER_MICROSECOND);

@@ -1,4 +1,6 @@
-#include "Unit/TestServer/private/UnitMethods.h"
+#include "Unit/TestServer/UnitMethods.h"
+
+#include "Unit/TestServer/private/MethodGroups.h"
 
 MethodTable unitMethods(RegulationLoop& loop)
 {

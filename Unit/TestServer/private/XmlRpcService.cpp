@@ -31,10 +31,11 @@ XmlRpcValue carryOut(const Method& method, const std::string& sMethod, XMLRPC_RE
 }
 } // namespace
 
-XmlRpcService::XmlRpcService(MethodTable methods, const XmlRpcLimits& limits)
-    : m_methods(std::move(methods)), m_limits(limits)
+XmlRpcService::XmlRpcService(MethodTable methods, const XmlRpcLimits& limits, CallListener onCall)
+    : m_methods(std::move(methods)), m_limits(limits), m_onCall(std::move(onCall))
 {
     addSystemMethods();
+    m_calls.expect(m_methods.names());
 }
 
 std::string XmlRpcService::answer(const std::string& sBody, const RefusalListener& onRefusal) const
@@ -46,6 +47,7 @@ std::string XmlRpcService::answer(const std::string& sBody, const RefusalListene
         return writeXmlRpcResponse(value.get());
     }
     catch (const XmlRpcFault& refusal) {
+        m_calls.countFault(CallCounter::NO_CALL, refusal.code());
         if (onRefusal) {
             onRefusal(refusal.what());
         }
@@ -60,7 +62,24 @@ XmlRpcValue XmlRpcService::dispatch(const std::string& sMethod, XMLRPC_REQUEST r
 {
     const Method* pMethod = m_methods.find(sMethod);
     if (pMethod == nullptr) {
+        m_calls.countFault(CallCounter::UNKNOWN_METHOD, eXMLRPC_FAULT_UNKNOWN_METHOD);
         return makeXmlRpcFault(eXMLRPC_FAULT_UNKNOWN_METHOD, "unknown method " + sMethod);
     }
-    return carryOut(*pMethod, sMethod, request);
+    XmlRpcValue value = carryOut(*pMethod, sMethod, request);
+    if (XMLRPC_ValueIsFault(value.get()) != 0) {
+        m_calls.countFault(sMethod, XMLRPC_GetValueFaultCode(value.get()));
+        const char* const pText = XMLRPC_GetValueFaultString(value.get());
+        tell(*pMethod, request, pText == nullptr || *pText == '\0' ? "no reason given" : pText);
+        return value;
+    }
+    m_calls.countResult(sMethod);
+    tell(*pMethod, request, "");
+    return value;
+}
+
+void XmlRpcService::tell(const Method& method, XMLRPC_REQUEST request, const std::string& sFault) const
+{
+    if (m_onCall) {
+        m_onCall(method, request, sFault);
+    }
 }

@@ -1,5 +1,5 @@
 /** @file
- * The methods of a unit.
+ * The methods of a unit, by what they are for.
  */
 #pragma once
 
@@ -7,10 +7,8 @@
 
 class RegulationLoop;
 
-/** @return all of the methods below. @param loop must outlive them */
-MethodTable unitMethods(RegulationLoop& loop);
-
-/** Adds TI.ManageOPCTransientLog and TI.ManageLogs, which call the handlers that the logs published by name. */
+/** Adds TI.ManageOPCTransientLog and TI.ManageLogs, which call the handlers that the logs published by name. @param
+ * loop must outlive the table */
 void addLogMethods(MethodTable& table, RegulationLoop& loop);
 
 /** Adds Unit.Status and Unit.Gains. */
