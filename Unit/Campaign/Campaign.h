@@ -45,6 +45,7 @@ struct CampaignOutcome
     std::uint64_t nTotal = 0;  /**< runs of the campaign, or of its shard */
     std::uint64_t nDone = 0;   /**< of these, in the results file */
     std::uint64_t nFailed = 0; /**< of these */
+    std::uint64_t nUnsafe = 0; /**< of these, with a breach of a safety rule */
 };
 
 /**

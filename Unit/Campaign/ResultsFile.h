@@ -82,6 +82,9 @@ public:
     /** @return number of failed runs in the file */
     std::uint64_t failedRuns() const;
 
+    /** @return number of runs in the file in which a safety rule was broken */
+    std::uint64_t unsafeRuns() const;
+
     /** Adds runs, all or none. */
     void add(const std::vector<ResultRow>& rows);
 

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "Simulation/Scenario/TrackingMeasures.h"
+#include "Unit/Clock/LatenessStatistics.h"
 #include "Unit/Process/CommandQueue.h"
 #include "Unit/Process/RadioChannel.h"
 
@@ -27,12 +28,15 @@ struct RunResult
     std::string sEndedBy; /**< such as "SIGINT" */
     unsigned int intervalMs = 6;
     std::uint64_t nOverruns = 0;
-    std::int64_t nMaxLatenessNs = 0;
-    double meanLatenessNs = 0.0;
+    LatenessStatistics lateness;
     std::uint64_t nDroppedSamples = 0;
     CommandStatistics commands;
     std::string sRecordedFile; /**< empty when nothing was recorded */
     std::uint64_t nRecordedRows = 0;
+    std::string sRecording; /**< file of the recording; empty when there is none */
+    std::uint64_t nRecordedSteps = 0;
+    std::uint64_t nLostSteps = 0;                   /**< that the recording does not have */
+    std::optional<std::uint64_t> nSafetyViolations; /**< none without the safety monitor */
     std::vector<ChannelResult> channels;
 };
 

@@ -3,6 +3,7 @@
  */
 #pragma once
 
+#include "Unit/SafetyMonitor/SafetyViolation.h"
 #include "Unit/Simulator/Scenario.h"
 
 #include <string>
@@ -30,10 +31,14 @@ struct RunReport
     RunMeasures measures;
     std::vector<ExpectationResult> expectations;
     std::vector<std::string> warnings;
-    double wallSeconds = 0.0;         /**< how long it took; not part of what is the same in every run */
-    std::vector<std::string> outputs; /**< what was written, such as "run.csv (1000 rows)" */
+    std::vector<SafetyViolation> violations; /**< the first of each safety rule; the measures have their number */
+    double wallSeconds = 0.0;                /**< how long it took; not part of what is the same in every run */
+    std::vector<std::string> outputs;        /**< what was written, such as "run.csv (1000 rows)" */
 
     bool allMet() const;
+
+    /** @return whether no safety rule was broken, or as often as the scenario expects */
+    bool isSafe() const;
 };
 
 /** @return the report for people, lines that end with newlines */
@@ -41,6 +46,9 @@ std::string reportText(const RunReport& report);
 
 /** @return the expectations that were missed, a line each; empty for none */
 std::string missedText(const RunReport& report);
+
+/** @return the breaches of safety rules with the calls that led to them; empty for none */
+std::string violationsText(const RunReport& report);
 
 /** @return the report for programs, the same text for the same run; a measure that does not exist is null */
 std::string reportJson(const RunReport& report);

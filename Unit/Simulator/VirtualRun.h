@@ -5,6 +5,7 @@
 
 #include "Simulation/Scenario/RunMeasures.h"
 #include "Unit/Process/StepSample.h"
+#include "Unit/SafetyMonitor/ViolationStore.h"
 #include "Unit/Simulator/Scenario.h"
 
 #include <cstdint>
@@ -70,6 +71,9 @@ public:
 
     /** @return what went wrong without ending the run; a line each */
     std::vector<std::string> warnings() const;
+
+    /** @return the breaches of safety rules so far */
+    const ViolationStore& violations() const;
 
 private:
     class Implementation;

@@ -51,7 +51,7 @@ TEST(CommandLine, RefusesWrongArgumentsInOneLine)
     const std::vector<Case> cases = {
         {{},
          "opc: no command of opc is given; the commands are run, ctl, fit-amplifier, simulate, sweep, "
-         "sweep-merge, sweep-report, completion; see opc --help, or try: opc run examples/unit.toml\n"},
+         "sweep-merge, sweep-report, export, replay, completion; see opc --help, or try: opc run examples/unit.toml\n"},
         {{"run", "x.toml", "--duration", "0"},
          "opc: --duration: \"0\" is not a number greater than 0 and at most 1000000000; see opc run --help\n"},
         {{"run", "x.toml", "--duration", "nan"},

@@ -10,8 +10,10 @@ TEST(RunSummary, SaysWhatHappened)
     RunResult result;
     result.sEndedBy = "SIGINT";
     result.nOverruns = 3;
-    result.nMaxLatenessNs = 2'500'000;
-    result.meanLatenessNs = 120'000.0;
+    for (int nTick = 0; nTick < 99; ++nTick) {
+        result.lateness.add(100'000);
+    }
+    result.lateness.add(2'100'000);
     result.nDroppedSamples = 4;
     result.commands = {12, 345'678};
     result.sRecordedFile = "run.csv";
@@ -40,28 +42,29 @@ TEST(RunSummary, SaysWhatHappened)
     channel.tracking.meanSettlingSteps = 18.5;
     channel.tracking.maxSettlingSteps = 21;
     result.channels.push_back(channel);
-    EXPECT_EQ(summaryText(result), "Summary\n"
-                                   "  ended by              SIGINT\n"
-                                   "  regulator interval    6 ms\n"
-                                   "  overruns              3 deadlines skipped\n"
-                                   "  lateness              mean 0.120 ms, max 2.500 ms\n"
-                                   "  dropped samples       4\n"
-                                   "  commands              12, the longest 0.346 ms\n"
-                                   "  recorded              1000 rows in run.csv\n"
-                                   "channel 2\n"
-                                   "  reached TX_ON         yes\n"
-                                   "  switch-on             20 steps, 114 ms\n"
-                                   "  last state            TX_OFF\n"
-                                   "  steps                 500, 6 failed\n"
-                                   "  Pctrl while on        -1.50 to 11.50 dBm\n"
-                                   "  notifications         77\n"
-                                   "  refused handler calls 0\n"
-                                   "  settled steps         400\n"
-                                   "  error                 mean 0.013 dB, rms 0.035 dB, 99 % 0.08 dB, 99.9 % 0.11 dB, "
-                                   "max 0.12 dB\n"
-                                   "  within 0.10 dB        99.75 %\n"
-                                   "  jumps of the target   2, settled 1\n"
-                                   "  settling to 0.10 dB   mean 18.5 steps (111 ms), max 21 steps (126 ms)\n");
+    EXPECT_EQ(summaryText(result),
+              "Summary\n"
+              "  ended by              SIGINT\n"
+              "  regulator interval    6 ms\n"
+              "  overruns              3 deadlines skipped\n"
+              "  lateness              mean 0.120 ms, 50 % 0.106 ms, 99 % 0.106 ms, 99.9 % 2.100 ms, max 2.100 ms\n"
+              "  dropped samples       4\n"
+              "  commands              12, the longest 0.346 ms\n"
+              "  recorded              1000 rows in run.csv\n"
+              "channel 2\n"
+              "  reached TX_ON         yes\n"
+              "  switch-on             20 steps, 114 ms\n"
+              "  last state            TX_OFF\n"
+              "  steps                 500, 6 failed\n"
+              "  Pctrl while on        -1.50 to 11.50 dBm\n"
+              "  notifications         77\n"
+              "  refused handler calls 0\n"
+              "  settled steps         400\n"
+              "  error                 mean 0.013 dB, rms 0.035 dB, 99 % 0.08 dB, 99.9 % 0.11 dB, "
+              "max 0.12 dB\n"
+              "  within 0.10 dB        99.75 %\n"
+              "  jumps of the target   2, settled 1\n"
+              "  settling to 0.10 dB   mean 18.5 steps (111 ms), max 21 steps (126 ms)\n");
 }
 
 TEST(RunSummary, SaysNothingOfWhatDidNotHappen)
@@ -69,19 +72,20 @@ TEST(RunSummary, SaysNothingOfWhatDidNotHappen)
     RunResult result;
     result.sEndedBy = "duration";
     result.channels.emplace_back();
-    EXPECT_EQ(summaryText(result), "Summary\n"
-                                   "  ended by              duration\n"
-                                   "  regulator interval    6 ms\n"
-                                   "  overruns              0 deadlines skipped\n"
-                                   "  lateness              mean 0.000 ms, max 0.000 ms\n"
-                                   "  dropped samples       0\n"
-                                   "channel 0\n"
-                                   "  reached TX_ON         no\n"
-                                   "  last state            UNDEFINED\n"
-                                   "  steps                 0, 0 failed\n"
-                                   "  notifications         0\n"
-                                   "  settled steps         0\n"
-                                   "  jumps of the target   0, settled 0\n");
+    EXPECT_EQ(summaryText(result),
+              "Summary\n"
+              "  ended by              duration\n"
+              "  regulator interval    6 ms\n"
+              "  overruns              0 deadlines skipped\n"
+              "  lateness              mean 0.000 ms, 50 % 0.000 ms, 99 % 0.000 ms, 99.9 % 0.000 ms, max 0.000 ms\n"
+              "  dropped samples       0\n"
+              "channel 0\n"
+              "  reached TX_ON         no\n"
+              "  last state            UNDEFINED\n"
+              "  steps                 0, 0 failed\n"
+              "  notifications         0\n"
+              "  settled steps         0\n"
+              "  jumps of the target   0, settled 0\n");
 }
 
 TEST(ChannelMeasures, TakesClosedLoopStepsThatDidNotFail)

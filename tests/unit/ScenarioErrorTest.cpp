@@ -48,7 +48,8 @@ const BadScenario BAD_SCENARIOS[] = {
      "at_s, for_s"},
     {"UnknownMeasure", "SHORT[expect]\nsettling_maximum_ms = 1\n",
      ":3:1: unknown key \"settling_maximum_ms\" in [expect]; did you mean settling_max_ms? known keys: steps, "
-     "failed_steps, overruns, refused_calls, switch_ons, switch_ons_in_band, switch_on_to_1_db_ms, "
+     "failed_steps, overruns, refused_calls, safety_violations, switch_ons, switch_ons_in_band, "
+     "switch_on_to_1_db_ms, "
      "switch_on_to_0_1_db_ms, ramp_steps, switch_offs, switch_off_ms, radiating_off_s, jumps, jumps_settled, "
      "settling_mean_ms, settling_max_ms, overshoot_db, steady_steps, steady_mean_db, steady_rms_db, steady_p999_db, "
      "steady_max_db, limit_cycle_db, limit_cycle_ms, largest_pctrl_step_db, at_upper_clamp_s, at_lower_clamp_s, "

@@ -13,7 +13,7 @@ namespace
 {
 const char* const MODULE = "[[module]]\nname = \"A\"\nlibrary = \"libA.so\"\n";
 
-UnitConfiguration load(const TemporaryFolder& folder, const std::string& sText)
+UnitConfiguration loadUnitFile(const TemporaryFolder& folder, const std::string& sText)
 {
     return loadUnitConfiguration(folder.write("unit.toml", sText));
 }
@@ -33,7 +33,7 @@ std::string refusalOf(const UnitConfiguration& configuration)
 TEST(UnitConfiguration, HasDefaultsForAllButModulesAndChannels)
 {
     const TemporaryFolder folder;
-    const UnitConfiguration unit = load(folder, std::string(MODULE) + "[[channel]]\nnumber = 0\n");
+    const UnitConfiguration unit = loadUnitFile(folder, std::string(MODULE) + "[[channel]]\nnumber = 0\n");
     EXPECT_EQ(unit.intervalMs, 6U);
     EXPECT_EQ(unit.temperatureDegrees, 25.0);
     ASSERT_EQ(unit.modules.size(), 1U);
@@ -58,15 +58,16 @@ TEST(UnitConfiguration, HasDefaultsForAllButModulesAndChannels)
 TEST(UnitConfiguration, ReadsEveryKeyOfTheUnit)
 {
     const TemporaryFolder folder;
-    const UnitConfiguration unit = load(folder, "[unit]\ninterval_ms = 12\nrealtime_priority = 30\ntemperature_c = -5\n"
-                                                "[[module]]\nname = \"A\"\nlibrary = \"libA.so\"\nscope = \"unit\"\n"
-                                                "[storage]\nfile = \"s.toml\"\n"
-                                                "[[calibration]]\nname = \"T\"\nfile = \"/c/t.csv\"\n"
-                                                "[trace]\ndefault = 5\nsystem_log = false\n\"RQX.OPC\" = 7\n"
-                                                "system_log_facility = \"local0\"\nsystem_log_severity = \"notice\"\n"
-                                                "[profile]\nfile = \"p.csv\"\nrequested_power = \"linear\"\n"
-                                                "temperature = \"held\"\nfrequency = \"linear\"\n"
-                                                "[[channel]]\nnumber = 0\n");
+    const UnitConfiguration unit =
+        loadUnitFile(folder, "[unit]\ninterval_ms = 12\nrealtime_priority = 30\ntemperature_c = -5\n"
+                             "[[module]]\nname = \"A\"\nlibrary = \"libA.so\"\nscope = \"unit\"\n"
+                             "[storage]\nfile = \"s.toml\"\n"
+                             "[[calibration]]\nname = \"T\"\nfile = \"/c/t.csv\"\n"
+                             "[trace]\ndefault = 5\nsystem_log = false\n\"RQX.OPC\" = 7\n"
+                             "system_log_facility = \"local0\"\nsystem_log_severity = \"notice\"\n"
+                             "[profile]\nfile = \"p.csv\"\nrequested_power = \"linear\"\n"
+                             "temperature = \"held\"\nfrequency = \"linear\"\n"
+                             "[[channel]]\nnumber = 0\n");
     EXPECT_EQ(unit.intervalMs, 12U);
     EXPECT_EQ(unit.nRealtimePriority, 30);
     EXPECT_EQ(unit.temperatureDegrees, -5.0);
@@ -92,13 +93,14 @@ TEST(UnitConfiguration, ReadsTheTestInterface)
 {
     const TemporaryFolder folder;
     const std::string sRest = std::string(MODULE) + "[[channel]]\nnumber = 0\n";
-    const TestInterfaceConfiguration none = load(folder, sRest).testInterface;
+    const TestInterfaceConfiguration none = loadUnitFile(folder, sRest).testInterface;
     EXPECT_TRUE(none.bEnabled);
     EXPECT_EQ(none.sAddress, "127.0.0.1");
     EXPECT_EQ(none.nPort, 8080);
     EXPECT_EQ(none.sTokenFile, "");
     const TestInterfaceConfiguration all =
-        load(folder, "[test_interface]\nenabled = false\naddress = \"::1\"\nport = 0\ntoken_file = \"t\"\n" + sRest)
+        loadUnitFile(folder,
+                     "[test_interface]\nenabled = false\naddress = \"::1\"\nport = 0\ntoken_file = \"t\"\n" + sRest)
             .testInterface;
     EXPECT_FALSE(all.bEnabled);
     EXPECT_EQ(all.sAddress, "::1");
@@ -107,10 +109,33 @@ TEST(UnitConfiguration, ReadsTheTestInterface)
     EXPECT_EQ(std::filesystem::path(all.sTokenFile).filename(), "t");
 }
 
+TEST(UnitConfiguration, ReadsWhatIsRecorded)
+{
+    const TemporaryFolder folder;
+    const std::string sRest = std::string(MODULE) + "[[channel]]\nnumber = 0\n";
+    const RecorderConfiguration none = loadUnitFile(folder, sRest).recorder;
+    EXPECT_EQ(none.sFile, "");
+    EXPECT_EQ(none.stepsHours, 1.0);
+    EXPECT_EQ(none.secondsHours, 24.0);
+    EXPECT_EQ(none.minutesDays, 366.0);
+    EXPECT_EQ(none.maxMb, 2048);
+    const RecorderConfiguration all =
+        loadUnitFile(folder, "[recorder]\nfile = \"r/u.db\"\nsteps_hours = 0.5\nseconds_hours = 2\n"
+                             "minutes_days = 3\nmax_mb = 100\n" +
+                                 sRest)
+            .recorder;
+    EXPECT_EQ(std::filesystem::path(all.sFile).parent_path().filename(), "r");
+    EXPECT_TRUE(std::filesystem::path(all.sFile).is_absolute());
+    EXPECT_EQ(all.stepsHours, 0.5);
+    EXPECT_EQ(all.secondsHours, 2.0);
+    EXPECT_EQ(all.minutesDays, 3.0);
+    EXPECT_EQ(all.maxMb, 100);
+}
+
 TEST(UnitConfiguration, ReadsEveryKeyOfAChannel)
 {
     const TemporaryFolder folder;
-    const UnitConfiguration unit = load(
+    const UnitConfiguration unit = loadUnitFile(
         folder, std::string(MODULE) + "[transmitter]\nseed = 40\nrapp_p = 3.0\ndetector_noise_db = 0.5\n"
                                       "[[channel]]\nnumber = 2\npower_mode = 0\ntx_pmin_dbm = -5.5\ntx_pmax_dbm = 20\n"
                                       "requested_power_dbm = 7.25\nfrequency_mhz = 23000.5\n"
@@ -140,9 +165,9 @@ TEST(UnitConfiguration, ReadsFaults)
 {
     const TemporaryFolder folder;
     const UnitConfiguration unit =
-        load(folder, std::string(MODULE) + "[[channel]]\nnumber = 4\n[[fault]]\nchannel = 4\n"
-                                           "operation = \"getPmeasured\"\nkind = \"wrong-value\"\ntimes = 5\n"
-                                           "value = -700\ndelay_us = 20\nat_s = 1.5\nfor_s = 0.25\n");
+        loadUnitFile(folder, std::string(MODULE) + "[[channel]]\nnumber = 4\n[[fault]]\nchannel = 4\n"
+                                                   "operation = \"getPmeasured\"\nkind = \"wrong-value\"\ntimes = 5\n"
+                                                   "value = -700\ndelay_us = 20\nat_s = 1.5\nfor_s = 0.25\n");
     ASSERT_EQ(unit.faults.size(), 1U);
     const FaultConfiguration& fault = unit.faults[0];
     EXPECT_EQ(fault.nChannel, 4U);

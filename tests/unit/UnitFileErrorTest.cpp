@@ -1,4 +1,5 @@
 #include "Platform/ConfigurationError.h"
+#include "Unit/Configuration/TomlTable.h"
 #include "Unit/Configuration/UnitConfiguration.h"
 #include "tests/unit/TemporaryFolder.h"
 
@@ -21,7 +22,7 @@ const BadFile BAD_FILES[] = {
     {"NoChannel", "MODULE", ":1:1: lists no channel; add a [[channel]] table with a number"},
     {"UnknownTable", "[units]\n",
      ":1:2: unknown key \"units\" in the file; did you mean unit? known keys: unit, module, storage, calibration, "
-     "trace, test_interface, profile, transmitter, channel, fault"},
+     "trace, test_interface, recorder, profile, transmitter, channel, fault"},
     {"UnknownKeyOfUnit", "[unit]\n\nintervall_ms = 6\n",
      ":3:1: unknown key \"intervall_ms\" in [unit]; did you mean interval_ms? known keys: interval_ms, "
      "realtime_priority, temperature_c"},
@@ -66,6 +67,13 @@ const BadFile BAD_FILES[] = {
      ":5:8: port in [test_interface] is 65536; it must be a whole number from 0 to 65535"},
     {"UnknownKeyOfTestInterface", "MODULE[test_interface]\ntoken = \"secret\"\n",
      ":5:1: unknown key \"token\" in [test_interface]; known keys: enabled, address, port, token_file"},
+    {"UnknownKeyOfRecorder", "MODULE[recorder]\nmax_gb = 2\n",
+     ":5:1: unknown key \"max_gb\" in [recorder]; did you mean max_mb? known keys: file, steps_hours, seconds_hours, "
+     "minutes_days, max_mb"},
+    {"RecordingTooSmall", "MODULE[recorder]\nmax_mb = 63\n",
+     ":5:10: max_mb in [recorder] is 63; it must be a whole number from 64 to 10000000"},
+    {"StepsTooShort", "MODULE[recorder]\nsteps_hours = 0.01\n",
+     ":5:15: steps_hours in [recorder] is 0.01; it must be a number from 0.02 to 8760"},
     {"AddressAsNumber", "MODULE[test_interface]\naddress = 127\n",
      ":5:11: address in [test_interface] is 127; it must be a text in quotes"},
     {"EnabledAsNumber", "MODULE[test_interface]\nenabled = 0\n",
@@ -167,5 +175,21 @@ TEST(UnitFile, ThatIsAFolderIsRefused)
     catch (const ConfigurationError& error) {
         EXPECT_STREQ(error.what(),
                      "/tmp: cannot be read (Is a directory); give the path of a file that this user may read");
+    }
+}
+
+TEST(UnitFile, WithAKeyOfVeryManyPartsIsRefused)
+{
+    std::string sKey = "a";
+    for (int nPart = 0; nPart < 300'000; ++nPart) {
+        sKey += ".a";
+    }
+    try {
+        (void)parseToml("[unit]\n" + sKey + " = 1\n", "unit.toml");
+        FAIL() << "not refused";
+    }
+    catch (const ConfigurationError& error) {
+        EXPECT_STREQ(error.what(),
+                     "unit.toml:2: a key has more than 32 parts; write a name that has dots in quotation marks");
     }
 }

@@ -47,12 +47,13 @@ public:
             m_nDone += m_finished[static_cast<std::size_t>(nRun)] ? 1 : 0;
         }
         m_nFailed = results.failedRuns();
+        m_nUnsafe = results.unsafeRuns();
         skipFinished();
     }
 
     std::uint64_t total() const { return m_nTotal; }
     std::uint64_t done() const { return m_nDone; }
-    CampaignOutcome outcome() const { return {m_nTotal, m_nDone, m_nFailed}; }
+    CampaignOutcome outcome() const { return {m_nTotal, m_nDone, m_nFailed, m_nUnsafe}; }
 
     bool hasNext() const { return m_nNext < m_finished.size(); }
     std::uint64_t next() const { return m_nNext; }
@@ -72,6 +73,7 @@ public:
         row.sError = result.sError;
         row.measures = result.measures;
         m_nFailed += row.failed() ? 1 : 0;
+        m_nUnsafe += !row.failed() && row.measures.safetyViolations > 0.0 ? 1 : 0;
         if (m_rows.empty()) {
             m_since = Clock::now();
         }
@@ -108,6 +110,7 @@ private:
     std::uint64_t m_nTotal = 0;
     std::uint64_t m_nDone = 0;
     std::uint64_t m_nFailed = 0;
+    std::uint64_t m_nUnsafe = 0;
     std::vector<ResultRow> m_rows;
     Clock::time_point m_since;
 };

@@ -1,11 +1,11 @@
 #include "Unit/Campaign/ResultsFile.h"
 
 #include "Platform/ConfigurationError.h"
-#include "Unit/Campaign/private/FileLock.h"
 #include "Unit/Campaign/private/ResultsSchema.h"
+#include "Unit/Database/ReadOnlyDatabase.h"
+#include "Unit/Files/FileLock.h"
 
 #include <fmt/format.h>
-#include <sqlite3.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -26,31 +26,14 @@ template <class TAction> auto guarded(const std::string& sPath, const TAction& a
     }
 }
 
-/** @return the path as SQLite takes it when it stands in a folder that cannot be written */
-std::string immutableUri(const std::string& sPath)
-{
-    std::string sUri = "file:";
-    for (const char c : std::filesystem::absolute(sPath).string()) {
-        sUri += c == '%' || c == '?' || c == '#' ? fmt::format("%{:02x}", static_cast<unsigned char>(c))
-                                                 : std::string(1, c);
-    }
-    return sUri + "?immutable=1";
-}
-
-/** A database is read first when it is asked for something: until then it opens whatever it is. */
-SQLite::Database openReadOnly(const std::string& sPath)
+/** A file that is only read is somebody's input. */
+void lockToRead(std::optional<FileLock>& lock, const std::string& sPath)
 {
     try {
-        SQLite::Database database(sPath, SQLite::OPEN_READONLY, BUSY_TIMEOUT_MS);
-        (void)database.execAndGet("SELECT count(*) FROM sqlite_master").getInt();
-        return database;
+        lock.emplace(sPath, ELock::Read, "name another file");
     }
-    catch (const SQLite::Exception& error) {
-        const bool bJournal = std::filesystem::exists(sPath + "-wal");
-        if ((error.getErrorCode() != SQLITE_CANTOPEN && error.getErrorCode() != SQLITE_READONLY) || bJournal) {
-            throw;
-        }
-        return {immutableUri(sPath), SQLite::OPEN_READONLY | SQLite::OPEN_URI, BUSY_TIMEOUT_MS};
+    catch (const FileNotLocked& error) {
+        throw ConfigurationError(error.what());
     }
 }
 
@@ -85,7 +68,7 @@ class ResultsFile::Implementation
 {
 public:
     Implementation(const std::string& sPath, const CampaignDescription& wanted)
-        : m_sPath(sPath), m_lock(std::in_place, sPath, ELock::Write),
+        : m_sPath(sPath), m_lock(std::in_place, sPath, ELock::Write, "name another file with --results"),
           m_database(sPath, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE, BUSY_TIMEOUT_MS)
     {
         if (isEmptyDatabase(m_database)) {
@@ -103,10 +86,10 @@ public:
         m_insert.emplace(m_database, insertStatement(m_definition));
     }
 
-    Implementation(const std::string& sPath, bool bAlone) : m_sPath(sPath), m_database(openReadOnly(sPath))
+    Implementation(const std::string& sPath, bool bAlone) : m_sPath(sPath), m_database(openDatabaseToRead(sPath))
     {
         if (bAlone) {
-            m_lock.emplace(sPath, ELock::Read);
+            lockToRead(m_lock, sPath);
         }
         m_description = readDescription(m_database, sPath);
         readDefinition();
@@ -201,6 +184,20 @@ std::uint64_t ResultsFile::failedRuns() const
     return guarded(path(), [&] {
         const char* pQuery = "SELECT count(*) FROM run WHERE status <> 'ok'";
         return static_cast<std::uint64_t>(m_pImplementation->database().execAndGet(pQuery).getInt64());
+    });
+}
+
+std::uint64_t ResultsFile::unsafeRuns() const
+{
+    return guarded(path(), [&] {
+        SQLite::Database& database = m_pImplementation->database();
+        // A file may be of a version without this measure.
+        const char* pColumns = "SELECT count(*) FROM pragma_table_info('run') WHERE name = 'safety_violations'";
+        if (database.execAndGet(pColumns).getInt() == 0) {
+            return std::uint64_t{0};
+        }
+        const char* pQuery = "SELECT count(*) FROM run WHERE safety_violations > 0";
+        return static_cast<std::uint64_t>(database.execAndGet(pQuery).getInt64());
     });
 }
 

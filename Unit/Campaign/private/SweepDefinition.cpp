@@ -1,16 +1,15 @@
 #include "Unit/Campaign/SweepDefinition.h"
 
 #include "Platform/ConfigurationError.h"
+#include "Platform/FileText.h"
+#include "Platform/TomlKeys.h"
 #include "Simulation/Scenario/RunMeasures.h"
 #include "Unit/Campaign/private/SweepValues.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <iterator>
 #include <limits>
 
@@ -22,13 +21,14 @@ constexpr std::size_t LONGEST_PATH = 200;
 
 toml::table parseTable(const std::string& sText, const std::string& sPath)
 {
+    refuseLongKeys(sText, sPath);
     try {
         return toml::parse(sText, sPath);
     }
     catch (const toml::parse_error& error) {
         const toml::source_position& place = error.source().begin;
-        throw ConfigurationError(
-            fmt::format("{}:{}:{}: is not TOML: {}", sPath, place.line, place.column, error.description()));
+        throw ConfigurationError(fmt::format("{}:{}:{}: is not TOML: {}", sPath, place.line, place.column,
+                                             printable(std::string(error.description()))));
     }
 }
 
@@ -122,22 +122,6 @@ void countGrid(const TomlTable& root, SweepDefinition& definition)
         definition.nRuns *= parameter.values.size();
     }
 }
-
-std::string contentsOf(const std::string& sPath)
-{
-    const auto fail = [&sPath](const char* pReason) {
-        throw ConfigurationError(fmt::format("{}: cannot be read: {}; name a sweep file", sPath, pReason));
-    };
-    if (std::filesystem::is_directory(sPath)) {
-        fail("it is a folder");
-    }
-    errno = 0;
-    std::ifstream stream(sPath, std::ios::binary);
-    if (!stream) {
-        fail(std::strerror(errno));
-    }
-    return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
-}
 } // namespace
 
 SweepDefinition parseSweepDefinition(const std::string& sText, const std::string& sPath)
@@ -178,5 +162,5 @@ SweepDefinition parseSweepDefinition(const std::string& sText, const std::string
 
 SweepDefinition loadSweepDefinition(const std::string& sPath)
 {
-    return parseSweepDefinition(contentsOf(sPath), sPath);
+    return parseSweepDefinition(readFileBytes(sPath), sPath);
 }

@@ -42,7 +42,7 @@ std::string headText(const SweepReport& report)
     return sText + "</table></div>\n";
 }
 
-std::string effectsText(const SweepReport& report, const MeasureEffects& effects)
+std::string effectsHtml(const SweepReport& report, const MeasureEffects& effects)
 {
     const RunMeasureKey& key = *report.runs.measures[effects.nMeasure];
     std::string sText = fmt::format("<h2>{}</h2>\n<p>{}: {}</p>\n", key.pName, escapedHtml(key.pMeaning),
@@ -61,7 +61,7 @@ std::string effectsText(const SweepReport& report, const MeasureEffects& effects
     return sText;
 }
 
-std::string failuresText(const SweepReport& report)
+std::string failuresHtml(const SweepReport& report)
 {
     if (report.runs.failures.empty()) {
         return {};
@@ -84,9 +84,9 @@ std::string sweepPage(const SweepReport& report, const std::string& sPicture)
         sText += tableText(report.question.bBest ? bestTable(report) : groupsTable(report));
     }
     for (const MeasureEffects& effects : report.effects) {
-        sText += effectsText(report, effects);
+        sText += effectsHtml(report, effects);
     }
-    sText += failuresText(report);
+    sText += failuresHtml(report);
     const std::string& sScenario = report.results.description().sScenario;
     sText += fmt::format("<h2>{}</h2>\n<pre>{}</pre>\n", escapedHtml(report.definition().sPath),
                          escapedHtml(report.definition().sText));

@@ -65,7 +65,7 @@ struct ControlCommand::Tree
                         "Where the unit's test interface is; http://127.0.0.1:8080 when left out")
             ->type_name("URL")
             ->envname("OPC_UNIT");
-        control.add_option("--token-file", options.sTokenFile, "A file whose only line is the unit's token")
+        control.add_option("--token-file", options.sTokenFile, "A file whose first line is the unit's token")
             ->type_name("FILE");
         onlyWholeNumbers(*control.add_option("--channel", options.nChannel, "Which channel; 0 when left out"), "N", 0,
                          std::numeric_limits<int>::max());

@@ -8,6 +8,7 @@
 #include "Unit/Client/private/OutputText.h"
 #include "Unit/Client/private/TransientPlot.h"
 #include "Unit/Client/private/UnitAddress.h"
+#include "Unit/Token/TokenFile.h"
 
 #include <fmt/chrono.h>
 #include <fmt/format.h>
@@ -130,7 +131,7 @@ UnitClient::Settings clientSettings(const ControlOptions& options)
 {
     UnitClient::Settings settings;
     settings.sAddress = options.sAddress;
-    settings.sToken = options.sTokenFile.empty() ? "" : readToken(options.sTokenFile);
+    settings.sToken = options.sTokenFile.empty() ? "" : readTokenFile(options.sTokenFile);
     settings.answerSeconds = options.answerSeconds;
     return settings;
 }

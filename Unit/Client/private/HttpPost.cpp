@@ -1,5 +1,6 @@
 #include "Unit/Client/private/HttpPost.h"
 
+#include "Platform/Conversions.h"
 #include "Unit/Client/UnitClient.h"
 #include "Unit/Text/OneLine.h"
 
@@ -13,7 +14,6 @@
 namespace
 {
 constexpr long CONNECT_MS = 3000;
-constexpr double MILLISECONDS_PER_SECOND = 1000.0;
 
 struct CurlRelease
 {
@@ -73,7 +73,7 @@ std::string adviceFor(CURLcode eCode)
 
 void setOptions(CURL* pCurl, HttpPost& post, HttpReply& reply, curl_slist* pHeaders, char* pReason)
 {
-    const long answerMs = static_cast<long>(post.answerSeconds * MILLISECONDS_PER_SECOND);
+    const long answerMs = static_cast<long>(post.answerSeconds * MS_PER_S);
     curl_easy_setopt(pCurl, CURLOPT_URL, post.sUrl.c_str());
     curl_easy_setopt(pCurl, CURLOPT_PROXY, "");
     curl_easy_setopt(pCurl, CURLOPT_PROTOCOLS_STR, "http,https");

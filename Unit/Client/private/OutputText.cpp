@@ -94,12 +94,17 @@ CsvOutput::CsvOutput(std::string sPath) : m_sPath(std::move(sPath))
     int fd = open(m_sPath.c_str(), OPEN_FLAGS | O_EXCL, FILE_MODE);
     m_bCreated = fd >= 0;
     if (!m_bCreated) {
+        // cppcheck-suppress resourceLeak ; there is none to lose: the first one was not opened
         fd = open(m_sPath.c_str(), OPEN_FLAGS, FILE_MODE);
     }
     m_pStream = fd < 0 ? nullptr : fdopen(fd, "w");
     if (m_pStream == nullptr) {
+        const int nError = errno;
+        if (fd >= 0) {
+            (void)close(fd);
+        }
         throw ConfigurationError(
-            fmt::format("--csv: {}: cannot be written ({}); name another file", m_sPath, std::strerror(errno)));
+            fmt::format("--csv: {}: cannot be written ({}); name another file", m_sPath, std::strerror(nError)));
     }
 }
 

@@ -15,7 +15,6 @@
 namespace
 {
 constexpr std::string_view METHODS_PATH = "/RPC2";
-constexpr std::size_t LONGEST_TOKEN = 4096;
 
 struct UrlRelease
 {
@@ -70,28 +69,4 @@ std::string testInterfaceUrl(const std::string& sAddress)
     }
     (void)curl_url_set(pUrl.get(), CURLUPART_PATH, sPath.c_str(), 0);
     return part(pUrl.get(), CURLUPART_URL);
-}
-
-std::string readToken(const std::string& sPath)
-{
-    const auto fail = [&sPath](const std::string& sReason) {
-        throw ConfigurationError(
-            fmt::format("--token-file: {}: {}; name a file whose only line is the unit's token", sPath, sReason));
-    };
-    std::ifstream file(sPath, std::ios::binary);
-    std::string sText(LONGEST_TOKEN + 1, '\0');
-    if (!file.is_open() || (file.read(sText.data(), static_cast<std::streamsize>(sText.size())), file.bad())) {
-        fail(std::strerror(errno));
-    }
-    sText.resize(static_cast<std::size_t>(file.gcount()));
-    while (!sText.empty() && (sText.back() == '\n' || sText.back() == '\r' || sText.back() == ' ')) {
-        sText.pop_back();
-    }
-    if (sText.empty()) {
-        fail("it is empty");
-    }
-    if (sText.size() > LONGEST_TOKEN || sText != oneLine(sText, LONGEST_TOKEN)) {
-        fail("it holds more than a token");
-    }
-    return sText;
 }

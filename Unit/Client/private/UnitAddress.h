@@ -12,6 +12,3 @@
  *         fragment
  */
 std::string testInterfaceUrl(const std::string& sAddress);
-
-/** @return the token in a file: its only line. @throws ConfigurationError when there is none */
-std::string readToken(const std::string& sPath);

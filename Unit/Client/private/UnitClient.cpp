@@ -1,9 +1,9 @@
 #include "Unit/Client/UnitClient.h"
 
 #include "Unit/Client/private/HttpPost.h"
-#include "Unit/Client/private/JsonXmlRpc.h"
 #include "Unit/Client/private/UnitAddress.h"
 #include "Unit/Text/OneLine.h"
+#include "Unit/XmlRpc/JsonXmlRpc.h"
 #include "Unit/XmlRpc/XmlRpcFault.h"
 #include "Unit/XmlRpc/XmlRpcText.h"
 

@@ -3,13 +3,15 @@
 #include "Platform/ConfigurationError.h"
 #include "Unit/Client/ControlCommand.h"
 #include "Unit/CommandLine/Completion.h"
+#include "Unit/CommandLine/ExportCommand.h"
 #include "Unit/CommandLine/FitCommand.h"
+#include "Unit/CommandLine/ReplayCommand.h"
 #include "Unit/CommandLine/RunCommand.h"
 #include "Unit/CommandLine/SimulateCommand.h"
 #include "Unit/CommandLine/SweepCommand.h"
 #include "Unit/CommandLine/SweepMergeCommand.h"
 #include "Unit/CommandLine/SweepReportCommand.h"
-#include "Unit/CommandLine/private/NumberRange.h"
+#include "Unit/CommandLine/private/OptionChecks.h"
 #include "Unit/Process/Installation.h"
 
 #include <CLI/CLI.hpp>
@@ -27,16 +29,17 @@ constexpr const char* DEFAULT_UNIT_FILE = "unit.toml";
 constexpr double LONGEST_SECONDS = 1e9;
 constexpr double FASTEST = 10000.0;
 
-constexpr const char* EXAMPLES = "Examples:\n"
-                                 "  opc run examples/unit.toml\n"
-                                 "      runs the unit until Ctrl-C, with a status line per channel\n"
-                                 "  opc run examples/unit.toml --duration 10 --csv run.csv\n"
-                                 "      records ten seconds, a row per step and channel\n"
-                                 "  opc run examples/unit.toml --channels 1 --speed 20 --start 30\n"
-                                 "      one channel, the profile from its 30th second on at 20 times its speed\n"
-                                 "\n"
-                                 "Exit codes: 0 well, 1 something failed, 2 a wrong argument or file, 3 (ctl) no unit "
-                                 "answered.";
+constexpr const char* PROGRAM_EXAMPLES =
+    "Examples:\n"
+    "  opc run examples/unit.toml\n"
+    "      runs the unit until Ctrl-C, with a status line per channel\n"
+    "  opc run examples/unit.toml --duration 10 --csv run.csv\n"
+    "      records ten seconds, a row per step and channel\n"
+    "  opc run examples/unit.toml --channels 1 --speed 20 --start 30\n"
+    "      one channel, the profile from its 30th second on at 20 times its speed\n"
+    "\n"
+    "Exit codes: 0 well, 1 something failed, 2 a wrong argument or file, 3 (ctl) no unit "
+    "answered.";
 
 void addRun(CLI::App& app, RunOptions& options)
 {
@@ -55,11 +58,18 @@ void addRun(CLI::App& app, RunOptions& options)
         ->type_name("SECONDS")
         ->check(numberRange(0.0, true, LONGEST_SECONDS));
     pRun->add_option("--csv", options.sCsvFile, "Record every step of every channel in this file")->type_name("FILE");
+    pRun->add_option("--record", options.sRecordFile,
+                     "Record the run in this database, also what is set and what fails; else the unit file's")
+        ->type_name("FILE");
     pRun->add_option("--port", options.nPort,
                      "Port of the test interface, 0 for any that is free; else the unit file's")
         ->type_name("PORT");
-    pRun->add_flag("!--no-test-interface", options.bTestInterface, "Serve no test interface");
-    pRun->footer(EXAMPLES);
+    pRun->add_option("--web-root", options.sWebRoot, "Serve the live page's files from this folder, for work on them")
+        ->type_name("FOLDER");
+    pRun->add_flag("--safety-monitor", options.bSafetyMonitor,
+                   "Judge every call of the controllers by the safety rules; one that is broken is told, and fails");
+    pRun->add_flag("!--no-test-interface", options.bTestInterface, "Serve no test interface, and no live page");
+    pRun->footer(PROGRAM_EXAMPLES);
 }
 
 CLI::App* addCompletion(CLI::App& app)
@@ -160,7 +170,7 @@ int parseAndCarryOut(int nArguments, const char* const* ppArguments)
 {
     CLI::App app("opc - runs the output power control of a radio unit", "opc");
     app.require_subcommand(0, 1);
-    app.footer(EXAMPLES);
+    app.footer(PROGRAM_EXAMPLES);
     app.set_version_flag("--version", "opc " OPC_VERSION, "Print the version and exit");
     RunOptions options;
     addRun(app, options);
@@ -170,6 +180,8 @@ int parseAndCarryOut(int nArguments, const char* const* ppArguments)
     const SweepCommand sweep(app);
     const SweepMergeCommand sweepMerge(app);
     const SweepReportCommand sweepReport(app);
+    const ExportCommand exporting(app);
+    const RunReplayCommand replay(app);
     const CLI::App* pCompletion = addCompletion(app);
     try {
         app.parse(nArguments, ppArguments);
@@ -198,6 +210,12 @@ int parseAndCarryOut(int nArguments, const char* const* ppArguments)
     }
     if (simulation.parsed()) {
         return simulation.run();
+    }
+    if (exporting.parsed()) {
+        return exporting.run();
+    }
+    if (replay.parsed()) {
+        return replay.run();
     }
     if (pCompletion->parsed()) {
         fmt::print("{}", bashCompletion(app));

@@ -3,7 +3,7 @@
 #include "Platform/ConfigurationError.h"
 #include "Unit/CommandLine/CommandLine.h"
 #include "Unit/CommandLine/private/FittedTransmitter.h"
-#include "Unit/CommandLine/private/NumberRange.h"
+#include "Unit/CommandLine/private/OptionChecks.h"
 #include "Unit/Configuration/ValueRanges.h"
 #include "Unit/Text/Table.h"
 
@@ -30,7 +30,7 @@ struct FitCommand::Options
 
 namespace
 {
-constexpr const char* EXAMPLES =
+constexpr const char* FIT_EXAMPLES =
     "Examples:\n"
     "  opc fit-amplifier sweep.csv\n"
     "      gain, saturated power and smoothness for each frequency and supply in the file\n"
@@ -193,7 +193,7 @@ FitCommand::FitCommand(CLI::App& app)
     CLI::Option* pCsv = m_pCommand->add_flag("--csv", m_pOptions->bCsv, "Print comma-separated values");
     m_pCommand->add_flag("--json", m_pOptions->bJson, "Print JSON")->excludes(pCsv);
     pCsv->excludes(pMaxPower);
-    m_pCommand->footer(EXAMPLES);
+    m_pCommand->footer(FIT_EXAMPLES);
 }
 
 FitCommand::~FitCommand() = default;

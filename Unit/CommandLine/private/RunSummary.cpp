@@ -1,5 +1,6 @@
 #include "Unit/CommandLine/RunSummary.h"
 
+#include "Platform/Conversions.h"
 #include "Unit/Text/PowerText.h"
 
 #include <fmt/format.h>
@@ -9,7 +10,11 @@
 namespace
 {
 constexpr double NANOSECONDS_PER_MILLISECOND = 1e6;
-constexpr double MICROSECONDS_PER_MILLISECOND = 1e3;
+
+double milliseconds(std::int64_t nTimeNs)
+{
+    return static_cast<double>(nTimeNs) / NANOSECONDS_PER_MILLISECOND;
+}
 
 class Lines
 {
@@ -52,7 +57,7 @@ void addChannel(Lines& lines, const ChannelResult& channel, unsigned int interva
     lines.add("reached TX_ON", "{}", statistics.nSwitchOnSteps > 0 ? "yes" : "no");
     if (statistics.nSwitchOnSteps > 0) {
         lines.add("switch-on", "{} steps, {:.0f} ms", statistics.nSwitchOnSteps,
-                  static_cast<double>(statistics.nSwitchOnTimeUs) / MICROSECONDS_PER_MILLISECOND);
+                  static_cast<double>(statistics.nSwitchOnTimeUs) / US_PER_MS);
     }
     lines.add("last state", "{}", controllerStateName(statistics.nLastState));
     lines.add("steps", "{}, {} failed", statistics.nSteps, statistics.nFailedSteps);
@@ -75,15 +80,25 @@ std::string summaryText(const RunResult& result)
     lines.add("ended by", "{}", result.sEndedBy);
     lines.add("regulator interval", "{} ms", result.intervalMs);
     lines.add("overruns", "{} deadlines skipped", result.nOverruns);
-    lines.add("lateness", "mean {:.3f} ms, max {:.3f} ms", result.meanLatenessNs / NANOSECONDS_PER_MILLISECOND,
-              static_cast<double>(result.nMaxLatenessNs) / NANOSECONDS_PER_MILLISECOND);
+    const LatenessStatistics& lateness = result.lateness;
+    lines.add("lateness", "mean {:.3f} ms, 50 % {:.3f} ms, 99 % {:.3f} ms, 99.9 % {:.3f} ms, max {:.3f} ms",
+              lateness.meanNs() / NANOSECONDS_PER_MILLISECOND, milliseconds(lateness.quantileNs(0.5)),
+              milliseconds(lateness.quantileNs(0.99)), milliseconds(lateness.quantileNs(0.999)),
+              milliseconds(lateness.maxNs()));
     lines.add("dropped samples", "{}", result.nDroppedSamples);
     if (result.commands.nCommands > 0) {
         lines.add("commands", "{}, the longest {:.3f} ms", result.commands.nCommands,
-                  static_cast<double>(result.commands.nLongestNs) / NANOSECONDS_PER_MILLISECOND);
+                  milliseconds(result.commands.nLongestNs));
+    }
+    if (result.nSafetyViolations) {
+        lines.add("safety violations", "{}", *result.nSafetyViolations);
     }
     if (!result.sRecordedFile.empty()) {
         lines.add("recorded", "{} rows in {}", result.nRecordedRows, result.sRecordedFile);
+    }
+    if (!result.sRecording.empty()) {
+        lines.add("recording", "{} steps in {}{}", result.nRecordedSteps, result.sRecording,
+                  result.nLostSteps == 0 ? "" : fmt::format(", {} lost", result.nLostSteps));
     }
     for (const ChannelResult& channel : result.channels) {
         addChannel(lines, channel, result.intervalMs);

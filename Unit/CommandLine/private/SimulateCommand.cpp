@@ -1,6 +1,6 @@
 #include "Unit/CommandLine/SimulateCommand.h"
 
-#include "Unit/CommandLine/private/NumberRange.h"
+#include "Unit/CommandLine/private/OptionChecks.h"
 #include "Unit/CommandLine/private/OutputFiles.h"
 #include "Unit/CommandLine/private/SimulateRun.h"
 #include "Unit/Configuration/ValueRanges.h"
@@ -12,7 +12,7 @@ namespace
 constexpr double LONGEST_SECONDS = 1e9;
 constexpr double SHORTEST_BUCKET_SECONDS = 0.001;
 
-constexpr const char* EXAMPLES =
+constexpr const char* SIMULATE_EXAMPLES =
     "Examples:\n"
     "  opc simulate examples/scenarios/cold-start.toml\n"
     "      runs a scenario and prints its measures\n"
@@ -21,7 +21,9 @@ constexpr const char* EXAMPLES =
     "  opc simulate examples/scenarios/cold-start.toml --set transmitter.detector_noise_db=0.1 --json\n"
     "      the same with a noisier detector, for programs\n"
     "\n"
-    "Exit codes: 0 well, 1 something failed or a measure is not as the scenario expects, 2 a wrong argument or file.";
+    "Exit codes: 0 well, 1 something failed, a safety rule was broken or a measure is not as the scenario expects, 2 "
+    "a\n"
+    "wrong argument or file.";
 
 void addInputs(CLI::App& command, SimulateOptions& options)
 {
@@ -73,7 +75,7 @@ SimulateCommand::SimulateCommand(CLI::App& app)
 {
     addInputs(*m_pCommand, m_options);
     addOutputs(*m_pCommand, m_options);
-    m_pCommand->footer(EXAMPLES);
+    m_pCommand->footer(SIMULATE_EXAMPLES);
 }
 
 int SimulateCommand::run() const

@@ -1,5 +1,6 @@
 #include "Unit/CommandLine/private/SimulateRun.h"
 
+#include "Platform/Conversions.h"
 #include "Platform/FileText.h"
 #include "Unit/CommandLine/CommandLine.h"
 #include "Unit/CommandLine/ProgressBar.h"
@@ -44,10 +45,8 @@ std::vector<ScenarioOverride> overridesOf(const SimulateOptions& options)
 std::string runToEnd(VirtualRun& run, const Scenario& scenario, const StopSignals& signals, IStepReceiver* pReceiver,
                      bool bShowProgress)
 {
-    constexpr double MILLISECONDS_PER_SECOND = 1e3;
-    ProgressBar bar(
-        stderr, bShowProgress,
-        {"steps", static_cast<double>(run.totalSteps()), 0.0, scenario.unit.intervalMs / MILLISECONDS_PER_SECOND});
+    ProgressBar bar(stderr, bShowProgress,
+                    {"steps", static_cast<double>(run.totalSteps()), 0.0, scenario.unit.intervalMs / MS_PER_S});
     while (run.proceed(STEPS_AT_ONCE, pReceiver)) {
         bar.update(static_cast<double>(run.stepsDone()));
         std::string sSignal = signals.wait(0);
@@ -63,7 +62,7 @@ void printResult(const RunReport& report, const SimulateOptions& options)
     for (const std::string& sWarning : report.warnings) {
         fmt::print(stderr, "opc simulate: warning: {}\n", sWarning);
     }
-    fmt::print(stderr, "{}", missedText(report));
+    fmt::print(stderr, "{}{}", violationsText(report), missedText(report));
     if (options.bJson) {
         printOut(reportJson(report));
     }
@@ -95,7 +94,10 @@ int simulate(const SimulateOptions& options)
     report.measures = run.measures();
     report.expectations = checkExpectations(report.scenario.expectations, report.measures);
     report.warnings = run.warnings();
+    for (std::size_t nViolation = 0; nViolation < run.violations().kept(); ++nViolation) {
+        report.violations.push_back(run.violations().at(nViolation));
+    }
     outputs.finish(report, sScenarioText);
     printResult(report, options);
-    return report.allMet() ? eEXIT_OK : eEXIT_FAILED;
+    return report.allMet() && report.isSafe() ? eEXIT_OK : eEXIT_FAILED;
 }

@@ -34,7 +34,7 @@ namespace
 constexpr unsigned int MOST_JOBS = 1024;
 constexpr std::uint64_t MOST_SHARDS = 1'000'000;
 
-constexpr const char* EXAMPLES =
+constexpr const char* SWEEP_EXAMPLES =
     "Examples:\n"
     "  opc sweep examples/sweeps/step-response.toml\n"
     "      makes all runs on all processors; results go to step-response.db in this folder\n"
@@ -42,7 +42,8 @@ constexpr const char* EXAMPLES =
     "      makes the second quarter of the runs; results go to step-response-2-of-4.db\n"
     "\n"
     "Stopped at any moment, the same command goes on with the runs that are missing.\n"
-    "Exit codes: 0 well, 1 something failed, runs among it, or a signal stopped it, 2 a wrong argument or file.";
+    "Exit codes: 0 well, 1 something failed, runs among it, a safety rule was broken or a signal stopped it, 2 a\n"
+    "wrong argument or file.";
 
 /** @throws ConfigurationError unless the text is I/N with I from 1 to N */
 Shard parseShard(const std::string& sText)
@@ -126,8 +127,15 @@ int tell(const CampaignOutcome& outcome, const std::string& sSignal, const Campa
         return eEXIT_FAILED;
     }
     fmt::print("{} runs, {} failed, in {}\n", outcome.nTotal, outcome.nFailed, options.sResultsFile);
+    if (outcome.nUnsafe > 0) {
+        fmt::print(
+            stderr,
+            "opc: a safety rule was broken in {} of {} runs; column safety_violations of opc sweep-report says in "
+            "which, and opc simulate what happened\n",
+            outcome.nUnsafe, outcome.nTotal);
+    }
     if (outcome.nFailed == 0) {
-        return eEXIT_OK;
+        return outcome.nUnsafe == 0 ? eEXIT_OK : eEXIT_FAILED;
     }
     fmt::print(stderr,
                "opc: {} of {} runs failed; column error of opc sweep-report says why, and --retry-failed makes them "
@@ -150,7 +158,7 @@ SweepCommand::SweepCommand(CLI::App& app)
         ->add_option("--results", m_pOptions->sResultsFile, "The file for the results, which may have some already")
         ->type_name("FILE");
     m_pCommand->add_flag("--retry-failed", m_pOptions->bRetryFailed, "Make runs again that have failed before");
-    m_pCommand->footer(EXAMPLES);
+    m_pCommand->footer(SWEEP_EXAMPLES);
 }
 
 SweepCommand::~SweepCommand() = default;

@@ -17,7 +17,7 @@ namespace
 constexpr std::size_t MOST_RANGES = 10;
 constexpr std::size_t MOST_COMMANDS = 10;
 
-constexpr const char* EXAMPLES =
+constexpr const char* SWEEP_MERGE_EXAMPLES =
     "Examples:\n"
     "  opc sweep-merge step-response.db step-response-1-of-2.db step-response-2-of-2.db\n"
     "      joins two halves to what the undivided sweep would have come to\n"
@@ -74,7 +74,7 @@ SweepMergeCommand::SweepMergeCommand(CLI::App& app)
         ->required()
         ->type_name("FILE");
     m_pCommand->add_flag("--partial", m_bPartial, "Make it also when runs are missing");
-    m_pCommand->footer(EXAMPLES);
+    m_pCommand->footer(SWEEP_MERGE_EXAMPLES);
 }
 
 int SweepMergeCommand::run() const

@@ -20,7 +20,7 @@ namespace
 constexpr std::uint64_t MOST_WORST = 1000;
 constexpr std::size_t MOST_BY = 3; // an axis, lines, and columns of a picture
 
-constexpr const char* EXAMPLES =
+constexpr const char* SWEEP_REPORT_EXAMPLES =
     "Examples:\n"
     "  opc sweep-report gain-study.db\n"
     "      which parameter moves which measure, and the worst runs with the commands that replay them\n"
@@ -172,7 +172,7 @@ SweepReportCommand::SweepReportCommand(CLI::App& app)
         ->type_name("FILE");
     addQuestions(*m_pCommand, m_options);
     addOutputs(*m_pCommand, m_options);
-    m_pCommand->footer(EXAMPLES);
+    m_pCommand->footer(SWEEP_REPORT_EXAMPLES);
 }
 
 int SweepReportCommand::run() const

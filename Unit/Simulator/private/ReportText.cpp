@@ -63,6 +63,19 @@ std::string reportText(const RunReport& report)
     return sText;
 }
 
+std::string violationsText(const RunReport& report)
+{
+    std::string sText;
+    for (const SafetyViolation& violation : report.violations) {
+        sText += "safety: " + violationText(violation) + "\n" + violationCalls(violation);
+    }
+    const double others = report.measures.safetyViolations - static_cast<double>(report.violations.size());
+    if (others > 0.0) {
+        sText += fmt::format("safety: {:.0f} more violations of the same rules\n", others);
+    }
+    return sText;
+}
+
 std::string missedText(const RunReport& report)
 {
     std::string sText;

@@ -44,6 +44,7 @@ RunEngine::RunEngine(const Scenario& scenario, int nTraceLevel)
 
 void RunEngine::start()
 {
+    m_process.monitorSafety();
     m_process.load();
     m_process.start();
     m_pChannel = m_process.channels().front().get();
@@ -141,7 +142,13 @@ RunMeasures RunEngine::measures() const
     measures.failedSteps = static_cast<double>(statistics.nFailedSteps);
     measures.overruns = static_cast<double>(m_nOverruns);
     measures.refusedCalls = static_cast<double>(m_pTransmitter->refusedCalls());
+    measures.safetyViolations = static_cast<double>(violations().total());
     return measures;
+}
+
+const ViolationStore& RunEngine::violations() const
+{
+    return m_process.monitors().front()->violations();
 }
 
 std::vector<std::string> RunEngine::warnings() const

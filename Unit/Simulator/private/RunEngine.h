@@ -34,6 +34,7 @@ public:
     bool proceed(std::uint64_t nMaxSteps, IStepReceiver* pReceiver);
     RunMeasures measures() const;
     std::vector<std::string> warnings() const;
+    const ViolationStore& violations() const;
 
 private:
     void start();

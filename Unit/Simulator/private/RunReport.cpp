@@ -39,6 +39,18 @@ ordered_json expectationJson(const ExpectationResult& result)
     json["met"] = result.bMet;
     return json;
 }
+
+ordered_json violationJson(const SafetyViolation& violation)
+{
+    ordered_json json = {{"rule", safetyRuleName(violation.eRule)},
+                         {"step", violation.nStep},
+                         {"text", violationText(violation)},
+                         {"calls", ordered_json::array()}};
+    for (std::size_t nCall = 0; nCall < violation.nCalls; ++nCall) {
+        json["calls"].push_back(callText(violation.calls[nCall]));
+    }
+    return json;
+}
 } // namespace
 
 bool isWithin(const MeasureBand& band, double value)
@@ -65,6 +77,14 @@ bool RunReport::allMet() const
                        [](const ExpectationResult& result) { return result.bMet; });
 }
 
+bool RunReport::isSafe() const
+{
+    const bool bExpected = std::any_of(expectations.begin(), expectations.end(), [](const ExpectationResult& result) {
+        return result.band.pMeasure->pField == &RunMeasures::safetyViolations;
+    });
+    return bExpected || !(measures.safetyViolations > 0.0);
+}
+
 std::string reportJson(const RunReport& report)
 {
     const Scenario& scenario = report.scenario;
@@ -86,6 +106,10 @@ std::string reportJson(const RunReport& report)
     json["expectations"] = ordered_json::array();
     for (const ExpectationResult& result : report.expectations) {
         json["expectations"].push_back(expectationJson(result));
+    }
+    json["violations"] = ordered_json::array();
+    for (const SafetyViolation& violation : report.violations) {
+        json["violations"].push_back(violationJson(violation));
     }
     json["warnings"] = report.warnings;
     constexpr int nIndent = 2;

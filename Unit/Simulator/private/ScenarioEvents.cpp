@@ -5,7 +5,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <limits>
 
 namespace
 {
@@ -30,8 +29,6 @@ std::optional<int> optionalInt(const std::optional<std::int64_t>& nValue)
 
 void readJumpingValues(const TomlTable& table, ScenarioEvent& event)
 {
-    constexpr std::int64_t MAX_INT32 = std::numeric_limits<std::int32_t>::max();
-    constexpr std::int64_t MIN_INT32 = std::numeric_limits<std::int32_t>::min();
     if (const auto nWord = table.word("request", {"on", "off"})) {
         event.on = *nWord == 0;
     }

@@ -1,6 +1,7 @@
 #include "Unit/Simulator/private/ScenarioOverrides.h"
 
 #include "Platform/ConfigurationError.h"
+#include "Platform/FileText.h"
 #include "Unit/Text/OneLine.h"
 
 #include <fmt/format.h>
@@ -82,7 +83,7 @@ toml::table OverrideWriter::parsedValue() const
         return parsed(sValue);
     }
     catch (const toml::parse_error& error) {
-        sWrong = error.description();
+        sWrong = printable(std::string(error.description()));
     }
     // What cannot have been meant as anything else in TOML is a text, so that it needs no quotes within a shell's.
     if (sValue.find_first_of("\"'[]{}\\") != std::string::npos) {
@@ -92,7 +93,7 @@ toml::table OverrideWriter::parsedValue() const
         return parsed("'" + sValue + "'");
     }
     catch (const toml::parse_error& error) {
-        fail(fmt::format("the value is not valid TOML: {}", error.description()));
+        fail(fmt::format("the value is not valid TOML: {}", printable(std::string(error.description()))));
     }
 }
 

@@ -5,12 +5,9 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <limits>
 
 namespace
 {
-constexpr std::int64_t MAX_INT32 = std::numeric_limits<std::int32_t>::max();
-
 /** @return what runs when the scenario names no unit file: the modules that every installation has */
 UnitConfiguration standardUnit(const std::string& sPath, const std::string& sFolder)
 {

@@ -1,16 +1,11 @@
 #include "Unit/Simulator/StepBucket.h"
 
 #include "Control/OutputPowerController/IOutputPowerController_c.h"
+#include "Platform/Conversions.h"
 #include "Platform/EAFResult.h"
 
 #include <algorithm>
 #include <cmath>
-
-namespace
-{
-constexpr double CENTI_DB_PER_DB = 100.0;
-constexpr double MICROSECONDS_PER_SECOND = 1e6;
-} // namespace
 
 const std::array<QuantityKey, QUANTITY_COUNT>& quantityKeys()
 {
@@ -67,7 +62,7 @@ void StepBucket::add(const VirtualStep& step)
 {
     const StepSample& sample = step.sample;
     const bool bFailed = EAF_isFailure(sample.nResult);
-    lastSeconds = static_cast<double>(sample.nTimeUs) / MICROSECONDS_PER_SECOND;
+    lastSeconds = static_cast<double>(sample.nTimeUs) / US_PER_S;
     firstSeconds = nSteps == 0 ? lastSeconds : firstSeconds;
     ++nSteps;
     nFailedSteps += bFailed ? 1 : 0;

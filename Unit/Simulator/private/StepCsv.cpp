@@ -1,6 +1,7 @@
 #include "Unit/Simulator/StepCsv.h"
 
 #include "Control/OutputPowerController/IOutputPowerController_c.h"
+#include "Platform/Conversions.h"
 #include "Unit/Recorder/StepColumns.h"
 #include "Unit/Text/PowerText.h"
 
@@ -10,9 +11,6 @@
 
 namespace
 {
-constexpr double MICROSECONDS_PER_SECOND = 1e6;
-constexpr double CENTI_DB_PER_DB = 100.0;
-
 std::string bucketHeader()
 {
     std::string sHeader = "time_s,steps,failed_steps,state";
@@ -27,8 +25,7 @@ std::string bucketHeader()
 
 StepCsv::StepCsv(const std::string& sPath, const StepCsvSettings& settings)
     : m_file(sPath), m_settings(settings),
-      m_nBucketUs(
-          static_cast<std::uint64_t>(std::llround(settings.bucketSeconds.value_or(0.0) * MICROSECONDS_PER_SECOND)))
+      m_nBucketUs(static_cast<std::uint64_t>(std::llround(settings.bucketSeconds.value_or(0.0) * US_PER_S)))
 {
     m_file.write(settings.bucketSeconds
                      ? bucketHeader()
@@ -67,8 +64,8 @@ void StepCsv::writeStep(const VirtualStep& step)
 void StepCsv::writeBucket()
 {
     const auto out = std::back_inserter(m_row);
-    fmt::format_to(out, "{:.3f},{},{},{}", static_cast<double>(m_nBucket * m_nBucketUs) / MICROSECONDS_PER_SECOND,
-                   m_bucket.nSteps, m_bucket.nFailedSteps, controllerStateName(m_bucket.nLastState));
+    fmt::format_to(out, "{:.3f},{},{},{}", static_cast<double>(m_nBucket * m_nBucketUs) / US_PER_S, m_bucket.nSteps,
+                   m_bucket.nFailedSteps, controllerStateName(m_bucket.nLastState));
     for (std::size_t nQuantity = 0; nQuantity < QUANTITY_COUNT; ++nQuantity) {
         const ValueRange& range = m_bucket.ranges.at(nQuantity);
         const int nDecimals = quantityKeys().at(nQuantity).nDecimals;

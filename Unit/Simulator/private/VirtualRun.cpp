@@ -34,6 +34,11 @@ RunMeasures VirtualRun::measures() const
     return m_pImplementation->measures();
 }
 
+const ViolationStore& VirtualRun::violations() const
+{
+    return m_pImplementation->violations();
+}
+
 std::vector<std::string> VirtualRun::warnings() const
 {
     return m_pImplementation->warnings();

@@ -32,6 +32,7 @@ TEST(CampaignTest, MakesEveryRunOnce)
     EXPECT_EQ(outcome.nTotal, 20U);
     EXPECT_EQ(outcome.nDone, 20U);
     EXPECT_EQ(outcome.nFailed, 0U);
+    EXPECT_EQ(outcome.nUnsafe, 0U);
     std::uint64_t nNumber = 0;
     ResultsFile::openToRead(campaign.options.sResultsFile).forEach([&](const ResultRow& row) {
         EXPECT_EQ(row.nNumber, nNumber);
@@ -79,6 +80,18 @@ TEST(CampaignTest, RunsThatFailAreKeptWithWhatHappened)
                                     "bad combination", ""));
     EXPECT_THAT(campaign.observer.deaths, SizeIs(4));
     EXPECT_THAT(campaign.observer.deaths.front(), HasSubstr("SIGKILL): last words"));
+}
+
+TEST(CampaignTest, CountsRunsThatBrokeASafetyRuleAlsoThoseOfBefore)
+{
+    FakeCampaign campaign("1, 7, 13");
+    campaign.observer.nStopAfter = 6;
+    (void)campaign.run();
+    campaign.observer.nStopAfter = 1000;
+    const CampaignOutcome outcome = campaign.run();
+    EXPECT_EQ(outcome.nUnsafe, 4U);
+    EXPECT_EQ(outcome.nFailed, 4U);
+    EXPECT_EQ(ResultsFile::openToRead(campaign.options.sResultsFile).unsafeRuns(), 4U);
 }
 
 TEST(CampaignTest, FailedRunsAreMadeAgainOnRequestOnly)

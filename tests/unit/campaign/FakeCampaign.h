@@ -55,6 +55,7 @@ public:
         RunMeasures measures;
         measures.steps = a + 10.0 * b;
         measures.settlingMaxMs = static_cast<double>(nSeed);
+        measures.safetyViolations = a == 7.0 ? 2.0 : 0.0;
         return measures;
     }
 

@@ -128,3 +128,23 @@ TEST(SweepErrorTest, AFileThatIsNotThereIsNamed)
     EXPECT_THROW((void)loadSweepDefinition("/nowhere/sweep.toml"), ConfigurationError);
     EXPECT_THROW((void)loadSweepDefinition("/tmp"), ConfigurationError);
 }
+
+TEST(SweepErrorTest, AKeyOfVeryManyPartsDoesNotEndTheStack)
+{
+    std::string sText = "[sweep]\na";
+    for (int nPart = 0; nPart < 300'000; ++nPart) {
+        sText += ".a";
+    }
+    try {
+        (void)parseSweepDefinition(sText, "x/sweep.toml");
+        FAIL() << "was taken";
+    }
+    catch (const ConfigurationError& error) {
+        EXPECT_THAT(error.what(), StartsWith("x/sweep.toml:2: a key has more than 32 parts"));
+    }
+}
+
+TEST(SweepErrorTest, ADeviceIsNoSweep)
+{
+    EXPECT_THROW((void)loadSweepDefinition("/dev/zero"), ConfigurationError);
+}

@@ -24,7 +24,7 @@ SweepRuns runsWith(const std::vector<double>& settling, const std::vector<double
     return grid.finish();
 }
 
-std::string errorOf(const std::string& sText)
+std::string refusalOf(const std::string& sText)
 {
     try {
         (void)parseCondition(sText, "--where");
@@ -47,13 +47,13 @@ TEST(SweepGroupsTest, ConditionsAreReadWithEachComparison)
 
 TEST(SweepGroupsTest, WrongConditionsAreToldWithWhatIsAllowed)
 {
-    EXPECT_THAT(errorOf("limit_cycle_db=0.1"), HasSubstr("--where: \"limit_cycle_db=0.1\" is not a condition"));
-    EXPECT_THAT(errorOf("limit_cycle_db"), HasSubstr("is not a condition"));
-    EXPECT_THAT(errorOf("limit_cycl_db<=1"), HasSubstr("did you mean limit_cycle_db?"));
-    EXPECT_THAT(errorOf("limit_cycle_db<=1 dB"), HasSubstr("compares with \"1 dB\", which is not a number"));
-    EXPECT_THAT(errorOf("limit_cycle_db<="), HasSubstr("which is not a number"));
-    EXPECT_THAT(errorOf("limit_cycle_db<nan"), HasSubstr("which is not a number"));
-    EXPECT_THAT(errorOf(""), HasSubstr("is not a condition"));
+    EXPECT_THAT(refusalOf("limit_cycle_db=0.1"), HasSubstr("--where: \"limit_cycle_db=0.1\" is not a condition"));
+    EXPECT_THAT(refusalOf("limit_cycle_db"), HasSubstr("is not a condition"));
+    EXPECT_THAT(refusalOf("limit_cycl_db<=1"), HasSubstr("did you mean limit_cycle_db?"));
+    EXPECT_THAT(refusalOf("limit_cycle_db<=1 dB"), HasSubstr("compares with \"1 dB\", which is not a number"));
+    EXPECT_THAT(refusalOf("limit_cycle_db<="), HasSubstr("which is not a number"));
+    EXPECT_THAT(refusalOf("limit_cycle_db<nan"), HasSubstr("which is not a number"));
+    EXPECT_THAT(refusalOf(""), HasSubstr("is not a condition"));
 }
 
 TEST(SweepGroupsTest, RunsAreCountedByLevelWithTheirMeasures)

@@ -10,7 +10,7 @@ using testing::Not;
 
 namespace
 {
-RunReport makeReport()
+RunReport makePageReport()
 {
     RunReport report;
     report.scenario = makeScenario(60.0);
@@ -27,7 +27,7 @@ std::string pageOf(const RunReport& report)
 
 TEST(RunPage, HasThePictureTheMeasuresAndTheScenario)
 {
-    const std::string sPage = pageOf(makeReport());
+    const std::string sPage = pageOf(makePageReport());
     EXPECT_THAT(sPage, HasSubstr("<h1>&lt;b&gt;Title&lt;/b&gt;</h1>"));
     EXPECT_THAT(sPage, HasSubstr("<p>a &amp; b</p>"));
     EXPECT_THAT(sPage, HasSubstr("<svg>drawing</svg>"));
@@ -41,7 +41,7 @@ TEST(RunPage, HasThePictureTheMeasuresAndTheScenario)
 
 TEST(RunPage, ListsExpectationsEventsAndWarningsWhereThereAreAny)
 {
-    RunReport report = makeReport();
+    RunReport report = makePageReport();
     EXPECT_THAT(pageOf(report), Not(HasSubstr("<h2>Expectations")));
     EXPECT_THAT(pageOf(report), Not(HasSubstr("<h2>Warnings")));
     EXPECT_THAT(pageOf(report), Not(HasSubstr("<h2>What happens")));

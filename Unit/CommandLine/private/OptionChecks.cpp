@@ -1,4 +1,4 @@
-#include "Unit/CommandLine/private/NumberRange.h"
+#include "Unit/CommandLine/private/OptionChecks.h"
 
 #include <fmt/format.h>
 
@@ -15,6 +15,17 @@ CLI::Validator numberRange(double lower, bool bLowerIncluded, double upper)
                        ? std::string()
                        : fmt::format("\"{}\" is not a number {} {} and at most {}", sText,
                                      bLowerIncluded ? "of at least" : "greater than", lower, upper);
+        },
+        "");
+}
+
+CLI::Validator oneOf(const std::vector<std::string>& words)
+{
+    return CLI::Validator(
+        [words](const std::string& sText) {
+            return std::find(words.begin(), words.end(), sText) != words.end()
+                       ? std::string()
+                       : fmt::format("\"{}\" is not one of {}", sText, fmt::join(words, ", "));
         },
         "");
 }
