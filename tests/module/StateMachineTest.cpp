@@ -113,6 +113,33 @@ TEST_F(StateMachineTest, SwitchOnBeginsAtTheLowerLimitWithFreshLimits)
     EXPECT_EQ(controller().getTxPowerActualStatus(), eTX_POWER_ACTUAL_OFF);
 }
 
+// The unknown limit is one value, not all that lie beyond it.
+TEST_F(StateMachineTest, ALimitBesideTheUnknownOneIsALimit)
+{
+    for (const int nLimit : {OPC_POWER_UNKNOWN - 1, OPC_POWER_UNKNOWN + 1}) {
+        for (const bool bLower : {true, false}) {
+            controller().m_nTxPmin = bLower ? nLimit : -500;
+            controller().m_nPctrlMax = bLower ? 900 : nLimit;
+            enter(eOPC_TX_ON_INITIATED);
+            EXPECT_EQ(controller().handleOPCStateMachine(), EAF_OK);
+            EXPECT_EQ(controller().getOPCState(), eOPC_TX_ON_IN_PROGRESS) << nLimit << bLower;
+        }
+    }
+}
+
+TEST_F(StateMachineTest, ALowerLimitOfTheHandlerBesideTheUnknownOneIsTaken)
+{
+    for (const int nLimit : {OPC_POWER_UNKNOWN - 1, OPC_POWER_UNKNOWN + 1}) {
+        controller().m_nTxPmin = -500;
+        controller().m_nPctrlMax = 900;
+        m_handler.m_nPctrlLower = nLimit;
+        m_handler.m_nPctrlUpper = 900;
+        enter(eOPC_TX_ON_INITIATED);
+        EXPECT_EQ(controller().handleOPCStateMachine(), EAF_OK);
+        EXPECT_EQ(controller().m_nPctrlMin, nLimit);
+    }
+}
+
 TEST_F(StateMachineTest, AnUnknownLowerLimitOfTheHandlerIsNotTakenAnUnknownUpperOneIs)
 {
     enter(eOPC_TX_ON_INITIATED);

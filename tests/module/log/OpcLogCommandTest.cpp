@@ -7,7 +7,7 @@ using ::testing::IsEmpty;
 
 namespace
 {
-const std::string INVALID_FAULT = faultText(4, "eTI_E_FAILED, TI.ManageLogs OpcLog invalid request option");
+const std::string INVALID_OPTION_FAULT = faultText(4, "eTI_E_FAILED, TI.ManageLogs OpcLog invalid request option");
 
 TEST_F(OpcLogCommandTest, NullObjectIsRefusedWithoutATrace)
 {
@@ -153,7 +153,7 @@ TEST_F(OpcLogCommandTest, OtherOptionsAreRefusedAndChangeNothing)
                                         EXPECT_THAT(calls.additions(), IsEmpty());
                                         EXPECT_THAT(calls.releaseTexts(), ElementsAre("{}"));
                                     }),
-                      INVALID_FAULT)
+                      INVALID_OPTION_FAULT)
                 << pOption;
             EXPECT_FALSE(isZero());
             EXPECT_EQ(m_log.isOpcLogActive(), bActive);

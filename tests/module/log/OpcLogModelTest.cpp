@@ -9,13 +9,13 @@
 namespace
 {
 constexpr std::size_t QUANTITIES = 11;
-using Sample = std::array<int, QUANTITIES>;
+using Quantities = std::array<int, QUANTITIES>;
 
 /** The statistics, kept as the list of samples that they cover. */
 class StatisticsModel
 {
 public:
-    void write(const Sample& sample)
+    void write(const Quantities& sample)
     {
         if (m_bPending || !m_bActive) {
             m_samples.clear();
@@ -39,7 +39,7 @@ public:
         std::array<std::int32_t, 34> anField{};
         anField[15] = m_nInitialGain;
         for (std::size_t i = 0; i < QUANTITIES && !m_samples.empty(); ++i) {
-            const auto less = [i](const Sample& a, const Sample& b) { return a[i] < b[i]; };
+            const auto less = [i](const Quantities& a, const Quantities& b) { return a[i] < b[i]; };
             const auto [least, most] = std::minmax_element(m_samples.begin(), m_samples.end(), less);
             // Triples first, then the amplifiers' three arrays.
             const std::size_t nFirst = i < 5 ? 3 * i : 11 + i;
@@ -52,7 +52,7 @@ public:
     }
 
 private:
-    std::vector<Sample> m_samples;
+    std::vector<Quantities> m_samples;
     int m_nInitialGain = 0;
     bool m_bActive = false;
     bool m_bPending = true;
@@ -77,7 +77,7 @@ protected:
 
     void write()
     {
-        Sample s{};
+        Quantities s{};
         std::generate(s.begin(), s.end(), [this] { return value(); });
         m_log.writeToOpcLog(s[0], s[1], s[2], s[3], s[4], s[5], s[6], s[7], s[8], s[9], s[10]);
         m_model.write(s);

@@ -7,7 +7,8 @@ using ::testing::ElementsAre;
 
 namespace
 {
-const std::string FAULT = faultText(4, "eTI_E_FAILED, TI.ManageOPCTransientLog failed to create response vector");
+const std::string NOT_CREATED_FAULT =
+    faultText(4, "eTI_E_FAILED, TI.ManageOPCTransientLog failed to create response vector");
 
 constexpr std::array<const char*, 5> MEMBERS = {"TxRfPowerSet", "TxRfPowerTarget", "TxRfDetectedPower", "TxIfPower",
                                                 "TxRfGain"};
@@ -116,7 +117,7 @@ TEST_F(TransientLogFailureTest, ASampleThatCannotBeAddedEndsTheReadAndRecording)
                                                   ElementsAre(sampleText(nSample), arrayText(nSample - 1), "{}"));
                                       expectEachReleasedOnce(calls);
                                   }),
-                      FAULT);
+                      NOT_CREATED_FAULT);
             expectFailureTrace("Read");
             EXPECT_FALSE(m_log.isTransientLogActive());
             EXPECT_EQ(m_log.getNumberOfSamplesInTransientLog(), 3U);
@@ -135,7 +136,7 @@ TEST_F(TransientLogFailureTest, AChannelThatCannotBeAddedLeavesRecordingAsItWas)
                                               ElementsAre("RadioChannelID: 3", arrayText(3), "{}"));
                                   expectEachReleasedOnce(calls);
                               }),
-                  FAULT);
+                  NOT_CREATED_FAULT);
         expectFailureTrace("Read");
         EXPECT_EQ(m_log.isTransientLogActive(), bActive);
     }
@@ -151,7 +152,7 @@ TEST_F(TransientLogFailureTest, AnArrayThatCannotBeAddedLeavesRecordingAsItWas)
                                   EXPECT_THAT(calls.releaseTexts(), ElementsAre(arrayText(3), "{RadioChannelID: 3}"));
                                   expectEachReleasedOnce(calls);
                               }),
-                  FAULT);
+                  NOT_CREATED_FAULT);
         expectFailureTrace("Read");
         EXPECT_EQ(m_log.isTransientLogActive(), bActive);
     }
@@ -179,7 +180,7 @@ TEST_F(TransientLogFailureTest, AShrunkLogEndsTheReadAtTheFirstSampleMissing)
                                               ElementsAre(sampleText(nRead), arrayText(nRead), "{}"));
                                   expectEachReleasedOnce(calls);
                               }),
-                  FAULT);
+                  NOT_CREATED_FAULT);
         EXPECT_THAT(takeTraces(),
                     ElementsAre(calledTrace("Read"), "RQX.OPCL 1: getSampleFromTransientLog() No sample entries in log",
                                 tiTrace("Failed to create response vector", "0x8000")));
@@ -198,7 +199,7 @@ TEST_F(TransientLogFailureTest, ALogRestartedMeanwhileStaysStopped)
             }
         });
     };
-    EXPECT_EQ(sendWatched("Read", [](const XmlRpcCalls&) {}), FAULT);
+    EXPECT_EQ(sendWatched("Read", [](const XmlRpcCalls&) {}), NOT_CREATED_FAULT);
     EXPECT_THAT(takeTraces(),
                 ElementsAre(calledTrace("Read"),
                             "RQX.OPCL 1: getSampleFromTransientLog() Requested sample number does not exist",
@@ -213,12 +214,12 @@ TEST_F(TransientLogFailureTest, AnActionStaysDoneWhenItsResponseFails)
         EXPECT_THAT(calls.releaseTexts(), ElementsAre("StandardResponse: \"OK\"", "{}"));
         expectEachReleasedOnce(calls);
     };
-    EXPECT_EQ(sendWatched("Disable", watch), FAULT);
+    EXPECT_EQ(sendWatched("Disable", watch), NOT_CREATED_FAULT);
     expectFailureTrace("Disable");
     EXPECT_FALSE(m_log.isTransientLogActive());
     EXPECT_EQ(m_log.getNumberOfSamplesInTransientLog(), 3U);
 
-    EXPECT_EQ(sendWatched("Enable", watch), FAULT);
+    EXPECT_EQ(sendWatched("Enable", watch), NOT_CREATED_FAULT);
     expectFailureTrace("Enable");
     EXPECT_TRUE(m_log.isTransientLogActive());
     EXPECT_EQ(m_log.getNumberOfSamplesInTransientLog(), 0U);
@@ -226,7 +227,7 @@ TEST_F(TransientLogFailureTest, AnActionStaysDoneWhenItsResponseFails)
     m_log.addSamples(1);
     for (const bool bActive : {true, false}) {
         m_log.setTransientLogActive(bActive);
-        EXPECT_EQ(sendWatched("SaveToSysLog", watch), FAULT);
+        EXPECT_EQ(sendWatched("SaveToSysLog", watch), NOT_CREATED_FAULT);
         const Texts traces = takeTraces();
         ASSERT_EQ(traces.size(), 6U);
         EXPECT_EQ(traces[3], "RQX.OPCL 4: 1, 100, 101, 102, 103, 104");

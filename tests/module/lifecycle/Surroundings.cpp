@@ -1,0 +1,48 @@
+#include "tests/module/lifecycle/Surroundings.h"
+
+const std::vector<Surroundings>& allSurroundings()
+{
+    static const std::vector<Surroundings> s_all = {
+        {.pName = "everything in order"},
+        {.pName = "no power handler", .ePowerHandler = EFound::Missing},
+        {.pName = "power handler of another type", .ePowerHandler = EFound::OfAnotherType},
+        {.pName = "power handler without a table", .ePowerHandler = EFound::Unusable},
+        {.pName = "no frequency handler", .eFrequencyHandler = EFound::Missing},
+        {.pName = "frequency handler of another type", .eFrequencyHandler = EFound::OfAnotherType},
+        {.pName = "frequency handler that refuses observers", .eFrequencyHandler = EFound::Unusable},
+        {.pName = "no temperature handler", .eTemperatureHandler = EFound::Missing},
+        {.pName = "temperature handler of another type", .eTemperatureHandler = EFound::OfAnotherType},
+        {.pName = "temperature handler that refuses observers", .eTemperatureHandler = EFound::Unusable},
+        {.pName = "no table over bandwidth", .bBandwidthTable = false},
+        {.pName = "no table over frequency", .bFrequencyTable = false},
+        {.pName = "no table", .bBandwidthTable = false, .bFrequencyTable = false},
+        {.pName = "no gain blocks", .nGainBlocksResult = EAF_NULL_POINTER},
+        {.pName = "gain blocks without content", .bGainBlocksContent = false},
+        {.pName = "7 gain blocks", .nGainBlocks = 7},
+        {.pName = "0 gain blocks", .nGainBlocks = 0},
+        {.pName = "-1 gain blocks", .nGainBlocks = -1},
+        {.pName = "no spacing", .nSpacingResult = EAF_FAILED},
+        {.pName = "a spacing that there is not", .nSpacingCode = 29},
+        {.pName = "manager that registers nothing", .bManagerRegisters = false},
+        {.pName = "manager that fails to unregister", .bManagerUnregisters = false},
+        {.pName = "broker that registers nothing", .bBrokerRegisters = false},
+        {.pName = "broker that unregisters nothing", .bBrokerUnregisters = false},
+        {.pName = "C broker that fails to give its handle", .nCBrokerHandle = EAF_FAILED},
+        {.pName = "C broker that registers nothing", .bCBrokerRegisters = false},
+        {.pName = "C broker that unregisters nothing", .bCBrokerUnregisters = false},
+        {.pName = "C broker that fails to take its handle back", .nCBrokerRelease = EAF_FAILED},
+        {.pName = "nothing at all",
+         .ePowerHandler = EFound::Missing,
+         .eFrequencyHandler = EFound::Missing,
+         .eTemperatureHandler = EFound::Missing,
+         .bBandwidthTable = false,
+         .bFrequencyTable = false,
+         .nGainBlocksResult = EAF_FAILED,
+         .nSpacingResult = EAF_FAILED,
+         .bManagerRegisters = false,
+         .bBrokerRegisters = false,
+         .nCBrokerHandle = EAF_FAILED,
+         .bCBrokerRegisters = false},
+    };
+    return s_all;
+}
