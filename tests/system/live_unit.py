@@ -11,9 +11,10 @@ from unit_runner import TIMEOUT_S
 
 
 class LiveUnit:
-    """Runs `opc run` and keeps what it prints. Give the command; leave with stop()."""
+    """Runs `opc run` and keeps what it prints. Give the command; leave with stop(). Another command that serves something
+    says where with other words."""
 
-    def __init__(self, test, command):
+    def __init__(self, test, command, says=r"test interface: (http://\S+)/RPC2"):
         self._test = test
         self.lines = []
         self._changed = threading.Condition()
@@ -25,7 +26,7 @@ class LiveUnit:
         for reader in self._readers:
             reader.start()
         test.addCleanup(self._clean_up)
-        self.url = self._wait_for(r"test interface: (http://\S+)/RPC2")
+        self.url = self._wait_for(says)
         self.port = int(self.url.rpartition(":")[2])
 
     def _read(self, stream, lines):
@@ -54,6 +55,11 @@ class LiveUnit:
                 if self.process.poll() is not None or time.monotonic() > end:
                     self._test.fail("the unit did not say " + pattern + "\n" + "".join(self.lines + self._errors))
                 self._changed.wait(0.2)
+
+    def errors(self):
+        """Returns the lines of standard error so far."""
+        with self._changed:
+            return list(self._errors)
 
     def status(self):
         with xmlrpc.client.ServerProxy(self.url + "/RPC2") as proxy:

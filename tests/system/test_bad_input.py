@@ -153,7 +153,7 @@ class BadInput(UnitTestCase):
         self.edit('# token_file = "unit.token"', 'token_file = "unit.token"')
         self.assert_unit_refused(self.folder / "unit.token")
         (self.folder / "unit.token").write_text("short\n")
-        self.assert_unit_refused(self.folder / "unit.token", "16 characters")
+        self.assert_unit_refused(self.folder / "unit.token", "16 to 4096 characters")
 
 
 if __name__ == "__main__":

@@ -119,12 +119,12 @@ class Calls(ControlTestCase):
 
     def test_a_token(self):
         token = self.folder / "token"
-        token.write_text("secret-1\n")
+        token.write_text("secret-1-of-many\nnot this\n")
         self.assert_well(self.ask(self.unit, "tx", "on", "--token-file", token), "OK\n")
         self.assert_well(self.ask(self.unit, "tx", "on"), "OK\n")
-        self.assertEqual([headers.get("Authorization") for headers in self.unit.headers], ["Bearer secret-1", None])
+        self.assertEqual([headers.get("Authorization") for headers in self.unit.headers], ["Bearer secret-1-of-many", None])
         self.assertEqual(self.unit.headers[0]["Content-Type"], "text/xml")
-        for contents in ("", "\n", "one\ntwo\n", "x" * 5000, "tab\tbed"):
+        for contents in ("", "\n", "one\ntwo\n", "x" * 5000, "0123456789abcdef \n", "tab\tbed-0123456789"):
             with self.subTest(contents):
                 token.write_text(contents)
                 self.assert_fails(self.ask(self.unit, "tx", "on", "--token-file", token), 2, str(token))

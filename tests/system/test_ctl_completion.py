@@ -26,8 +26,8 @@ class Completion(unittest.TestCase):
         return sorted(filter(None, result.stdout.splitlines()))
 
     def test_commands(self):
-        self.assertEqual(self.complete(""), ["completion", "ctl", "fit-amplifier", "run", "simulate", "sweep", "sweep-merge",
-                                             "sweep-report"])
+        self.assertEqual(self.complete(""), ["completion", "ctl", "export", "fit-amplifier", "replay", "run", "simulate",
+                                             "sweep", "sweep-merge", "sweep-report"])
         self.assertEqual(self.complete("c"), ["completion", "ctl"])
         self.assertEqual(self.complete("completion", ""), ["bash"])
         self.assertEqual(self.complete("ctl", "t"), ["temperature", "trace", "tx"])
@@ -57,6 +57,10 @@ class Completion(unittest.TestCase):
         self.assertEqual(self.complete("sweep-report", "--"),
                          ["--best", "--by", "--csv", "--help", "--html", "--json", "--measure", "--plot", "--where",
                           "--worst"])
+        self.assertEqual(self.complete("export", "--"),
+                         ["--channel", "--events", "--format", "--from", "--help", "--output", "--resolution", "--run",
+                          "--to"])
+        self.assertEqual(self.complete("export", "--resolution", "s"), ["seconds", "steps"])
         self.assertEqual(self.complete("run", "--unit"), [])
 
     def test_values_of_options_are_no_arguments(self):

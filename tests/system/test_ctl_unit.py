@@ -6,7 +6,7 @@ import time
 import unittest
 
 from live_unit import LiveUnit
-from unit_runner import TIMEOUT_S, UnitTestCase
+from unit_runner import TIMEOUT_S, UnitTestCase, line_with
 
 
 class CtlUnit(UnitTestCase):
@@ -24,12 +24,6 @@ class CtlUnit(UnitTestCase):
     def channel(self, number=0):
         status = json.loads(self.ctl("status", "--json"))
         return next(channel for channel in status["Channels"] if channel["RadioChannelID"] == number)
-
-    def wait_for(self, condition):
-        end = time.monotonic() + TIMEOUT_S
-        while not condition():
-            self.assertLess(time.monotonic(), end)
-            time.sleep(0.05)
 
     def test_transmitters_go_off_and_on_each_by_itself(self):
         self.ctl("tx", "off", "--channel", 1)
@@ -114,7 +108,7 @@ class CtlUnit(UnitTestCase):
         self.addCleanup(process.wait)
         self.addCleanup(process.kill)
         self.addCleanup(process.stdout.close)
-        self.unit.url = process.stdout.readline().split("test interface: ")[1].removesuffix("/RPC2\n")
+        self.unit.url = line_with(process, "test interface: ").split("test interface: ")[1].removesuffix("/RPC2\n")
         self.assertIn("401", self.ctl("status", code=1))
         self.ctl("--token-file", token, "status")
         token.write_text("0123456789abcdef0124\n")

@@ -85,7 +85,8 @@ class CommandManual(UnitTestCase):
         for heading, path in (("DESCRIPTION", ()), ("OPC RUN", ("run",)), ("OPC CTL", ("ctl",)),
                               ("OPC FIT-AMPLIFIER", ("fit-amplifier",)), ("OPC SIMULATE", ("simulate",)),
                               ("OPC SWEEP", ("sweep",)), ("OPC SWEEP-MERGE", ("sweep-merge",)),
-                              ("OPC SWEEP-REPORT", ("sweep-report",))):
+                              ("OPC SWEEP-REPORT", ("sweep-report",)), ("OPC EXPORT", ("export",)),
+                              ("OPC REPLAY", ("replay",))):
             with self.subTest(heading):
                 described = set()
                 for name in manual.entries(self.sections[heading]):

@@ -122,10 +122,16 @@ class Run(UnitTestCase):
         self.assert_well(result)
         self.assertIn("warning: everyone who reaches http://0.0.0.0:", result.stderr)
         self.edit('# token_file = "unit.token"', 'token_file = "unit.token"')
-        (self.folder / "unit.token").write_text("0123456789abcdef\n")
+        token = self.folder / "unit.token"
+        token.write_text("0123456789abcdef\n")
+        token.chmod(0o640)
         result = self.run_unit("--duration", 0.2)
         self.assert_well(result)
         self.assertEqual(errors_of(result.stderr), "")
+        token.chmod(0o644)
+        result = self.run_unit("--duration", 0.2)
+        self.assert_well(result)
+        self.assertIn(f"warning: {token}: every user of this machine can read", result.stderr)
 
     def test_no_test_interface_is_served_when_not_wanted(self):
         for arguments in (("--no-test-interface",), ()):

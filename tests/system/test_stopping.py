@@ -7,7 +7,7 @@ import subprocess
 import time
 import unittest
 
-from unit_runner import TIMEOUT_S, UnitTestCase, errors_of, summary_of
+from unit_runner import TIMEOUT_S, UnitTestCase, errors_of, line_with, summary_of
 
 
 class Stopping(UnitTestCase):
@@ -46,8 +46,7 @@ class Stopping(UnitTestCase):
 
     def test_a_signal_while_switching_on_is_obeyed(self):
         process = self.start()
-        self.assertIn("test interface: ", process.stdout.readline())
-        self.assertIn("TX_ON_IN_PROGRESS", process.stdout.readline())
+        line_with(process, "TX_ON_IN_PROGRESS")
         process.send_signal(signal.SIGTERM)
         self.assert_off_and_well(process, "SIGTERM")
 
@@ -94,12 +93,6 @@ class Stopping(UnitTestCase):
         while os.read(reader, smallest):
             pass
         self.assertEqual(process.wait(timeout=TIMEOUT_S), 0)
-
-    def wait_for(self, condition):
-        end = time.monotonic() + 10
-        while not condition():
-            self.assertLess(time.monotonic(), end, "waited in vain")
-            time.sleep(0.02)
 
 
 if __name__ == "__main__":

@@ -22,6 +22,11 @@ void showServices(const UnitConfiguration& unit)
     show("test_interface", "address", unit.testInterface.sAddress);
     show("test_interface", "port", unit.testInterface.nPort);
     show("test_interface", "token_file", unit.testInterface.sTokenFile);
+    show("recorder", "file", unit.recorder.sFile);
+    show("recorder", "steps_hours", unit.recorder.stepsHours);
+    show("recorder", "seconds_hours", unit.recorder.secondsHours);
+    show("recorder", "minutes_days", unit.recorder.minutesDays);
+    show("recorder", "max_mb", unit.recorder.maxMb);
     show("profile", "file", unit.profile.sFile);
     showInterpolation("profile", unit.profile.interpolation);
 }

@@ -5,6 +5,7 @@ import pathlib
 import shutil
 import subprocess
 import tempfile
+import time
 import unittest
 
 PROGRAM = os.environ["OPC_PROGRAM"]
@@ -50,8 +51,22 @@ class UnitTestCase(unittest.TestCase):
     def run_unit(self, *arguments):
         return self.run_program("run", self.unit_file, *arguments)
 
+    def wait_for(self, condition):
+        end = time.monotonic() + TIMEOUT_S
+        while not condition():
+            self.assertLess(time.monotonic(), end, "waited in vain")
+            time.sleep(0.02)
+
     def assert_well(self, result):
         self.assertEqual(result.returncode, 0, result.stderr + result.stdout)
+
+
+def line_with(process, text):
+    """The next line of a process's output that has a text."""
+    for line in process.stdout:
+        if text in line:
+            return line
+    raise AssertionError(f"the process ended without a line with {text!r}")
 
 
 def errors_of(errors):
