@@ -24,9 +24,13 @@ EXPORTS = ROOT / "Control" / "OutputPowerController" / "private" / "exports.map"
 OURS = "as it is built"
 SECTIONS = "-ffunction-sections -fdata-sections"
 GC = "-Wl,--gc-sections"
+WHOLE = "-flto=auto -fno-fat-lto-objects"
+OUR_LINK = f"{GC} -O2 -flto=auto"
+ONE_BY_ONE = "ours, each file by itself"
 # Name, compiler options in the place of ours (None: ours), linker options, whether the version script is used.
 VARIANTS = (
-    (OURS, None, GC, True),
+    (OURS, None, OUR_LINK, True),
+    (ONE_BY_ONE, ONE_BY_ONE, GC, True),
     ("`-O2` everywhere", f"-O2 {SECTIONS}", GC, True),
     ("`-O2`, no section garbage collection", "-O2", "", True),
     ("the same, no version script", "-O2", "", False),
@@ -34,13 +38,13 @@ VARIANTS = (
     ("`-Os` everywhere", f"-Os {SECTIONS}", GC, True),
     ("`-Oz` everywhere", f"-Oz {SECTIONS}", GC, True),
     ("`-O3` everywhere", f"-O3 {SECTIONS}", GC, True),
-    ("`-O2`, link-time optimisation", f"-O2 {SECTIONS} -flto", f"{GC} -O2 -flto", True),
-    ("`-Os`, link-time optimisation", f"-Os {SECTIONS} -flto", f"{GC} -Os -flto", True),
+    ("`-O2`, link-time optimisation", f"-O2 {SECTIONS} -flto", f"{GC} -O2 -flto=auto", True),
+    ("`-Os`, link-time optimisation", f"-Os {SECTIONS} -flto", f"{GC} -Os -flto=auto", True),
     ("`-O2`, no exceptions (for comparison)", f"-O2 {SECTIONS} -fno-exceptions", GC, True),
-    ("ours, linker `-O1`", None, f"{GC} -Wl,-O1", True),
-    ("ours, `-z noseparate-code`", None, f"{GC} -Wl,-z,noseparate-code", True),
-    ("ours, `-z norelro`", None, f"{GC} -Wl,-z,norelro", True),
-    ("ours, the linker's own page size", None, GC, True),
+    ("ours, linker `-O1`", None, f"{OUR_LINK} -Wl,-O1", True),
+    ("ours, `-z noseparate-code`", None, f"{OUR_LINK} -Wl,-z,noseparate-code", True),
+    ("ours, `-z norelro`", None, f"{OUR_LINK} -Wl,-z,norelro", True),
+    ("ours, the linker's own page size", None, OUR_LINK, True),
 )
 STEPS = 10000
 STEP_TESTS = {
@@ -71,7 +75,10 @@ class Build:
     def _compile(self, entry, options, output):
         words = shlex.split(entry["command"])
         words[words.index("-o") + 1] = str(output)
-        if options is not None:
+        # The objects, compiled one by one, are what there is a command for.
+        if options is None:
+            words += shlex.split(WHOLE)
+        elif options != ONE_BY_ONE:
             keep_visibility = "-fvisibility=" not in options
             words = [w for w in words if not REPLACED.fullmatch(w) or (keep_visibility and w == "-fvisibility=hidden")]
             words += shlex.split(options)

@@ -11,8 +11,9 @@ import tempfile
 import time
 import xmlrpc.client
 
-import machine
 import report
+from common import machine
+from common.markdown import replace_in
 from servers import METHOD, ROOT, Unit, peers
 
 CONNECTIONS = (1, 4)
@@ -143,7 +144,7 @@ def main():
     text = report.markdown(measured)
     print(text)
     if arguments.into:
-        report.replace_in(arguments.into, text)
+        replace_in(arguments.into, "test-interface", text)
 
 
 if __name__ == "__main__":

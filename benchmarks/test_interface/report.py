@@ -1,7 +1,7 @@
 """Turns what was measured into the Markdown that docs/performance.md holds."""
 
-BEGIN = "<!-- measured by script/benchmark test-interface --into docs/performance.md: begin -->"
-END = "<!-- measured: end -->"
+from common.markdown import table
+
 MS = 1000.0  # microseconds
 
 SERVERS = {
@@ -14,21 +14,6 @@ SERVERS = {
 def markdown(measured):
     return "\n\n".join((_machine(measured), _comparison(measured), _regulation(measured), _parts(measured),
                         _small_calls(measured)))
-
-
-def replace_in(file, text):
-    """Replaces what a file holds between the two marks."""
-    before, begin, rest = file.read_text(encoding="utf-8").partition(BEGIN)
-    _, end, after = rest.partition(END)
-    if not begin or not end:
-        raise SystemExit(f"{file}: does not hold the two marks {BEGIN} and {END}")
-    file.write_text(f"{before}{BEGIN}\n\n{text}\n\n{END}{after}", encoding="utf-8")
-
-
-def _table(head, rows, numbers_from=1):
-    """Returns a table whose columns from the one named are numbers, set to the right."""
-    rule = ["---" if column < numbers_from else "---:" for column in range(len(head))]
-    return "\n".join("| " + " | ".join(map(str, row)) + " |" for row in (head, rule, *rows))
 
 
 def _load(measured, server, connections, call=None):
@@ -60,7 +45,7 @@ def _comparison(measured):
     idle = measured["unit_idle_cpu_per_s"]
     notes = [f"Without load the unit takes {100 * idle:.1f} % of a core for its two channels; that is in its CPU per "
              "request.", *sorted(starving)]
-    return _table(head, rows) + "\n\n" + " ".join(notes)
+    return table(head, rows) + "\n\n" + " ".join(notes)
 
 
 def _regulation(measured):
@@ -70,7 +55,7 @@ def _regulation(measured):
         rows.append((name, *(f"{max(state[member] for state in states):.0f}" for member in (
             "Commands", "Overruns", "LatenessMaxUs", "LongestCommandUs"))))
     head = ("the unit since its start", "commands", "overruns", "greatest lateness, µs", "longest command, µs")
-    return "The regulation meanwhile, the worst of the rounds:\n\n" + _table(head, rows)
+    return "The regulation meanwhile, the worst of the rounds:\n\n" + table(head, rows)
 
 
 def _parts(measured):
@@ -93,7 +78,7 @@ def _parts(measured):
         ("**a request in all**", total),
     )
     rows = [(name, f"{cost:.1f}", f"{100 * cost / total:.0f} %") for name, cost in costs]
-    return ("Where the unit's CPU time goes, one connection:\n\n" + _table(("part", "µs", "share"), rows)
+    return ("Where the unit's CPU time goes, one connection:\n\n" + table(("part", "µs", "share"), rows)
             + f"\n\nThe library's own serialiser would take {parts['writeByLibrary']:.0f} µs in the place of the "
               f"{parts['write']:.0f} µs of writing ({parts['bytes']:.0f} bytes).")
 
@@ -107,4 +92,4 @@ def _small_calls(measured):
         rows.append((f"`{call}`", name, f"{load['requests_per_s']:.0f}", f"{load['server_cpu_us']:.0f}",
                      f"{load['p50_us']:.0f}", f"{load['p99_us']:.0f}", f"{load['body_bytes']:.0f}"))
     head = ("call", "", "requests/s", "unit's CPU per request, µs", "p50, µs", "p99, µs", "bytes of an answer")
-    return "Calls with small answers, one connection, which tell HTTP and hand-over apart:\n\n" + _table(head, rows, 2)
+    return "Calls with small answers, one connection, which tell HTTP and hand-over apart:\n\n" + table(head, rows, 2)

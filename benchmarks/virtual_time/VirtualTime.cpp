@@ -76,7 +76,7 @@ void run(benchmark::State& state, VirtualRun& run, IStepReceiver* pReceiver = nu
     for ([[maybe_unused]] const auto _ : state) {
         run.proceed(BLOCK, pReceiver);
     }
-    const auto nSteps = static_cast<double>(state.iterations() * BLOCK);
+    const auto nSteps = static_cast<double>(state.iterations()) * static_cast<double>(BLOCK);
     const auto inverseRate = benchmark::Counter::kIsRate | benchmark::Counter::kInvert;
     state.counters["per_step"] = benchmark::Counter(nSteps, inverseRate);
     state.counters["hours_per_year"] = benchmark::Counter(nSteps * 3600.0 / STEPS_PER_YEAR, inverseRate);

@@ -3,11 +3,11 @@
  *
  * usage: test_interface_parts SAMPLES [option of Google Benchmark...]
  */
-#include "Control/OutputPowerController/private/OutputPowerControlLog.h"
 #include "Platform/Trace/TraceControl.h"
 #include "Unit/TestServer/XmlRpcService.h"
 #include "Unit/XmlRpc/XmlRpcText.h"
 #include "benchmarks/test_interface/load/AnswerCheck.h"
+#include "benchmarks/test_interface/parts/FilledLog.h"
 
 #include <benchmark/benchmark.h>
 
@@ -30,33 +30,6 @@ struct FreeText
     void operator()(char* pText) const { std::free(pText); }
 };
 using LibraryText = std::unique_ptr<char, FreeText>;
-
-/** The module's own log, filled as a run would fill it. */
-class FilledLog
-{
-public:
-    explicit FilledLog(const std::vector<Sample>& samples) : m_log(0)
-    {
-        m_log.setTransientLogActive(true);
-        for (std::size_t n = 0; n < samples.size(); ++n) {
-            // The log gives a sample the detected power that comes with the next one, but for the last.
-            const bool bOwn = n == 0 || n + 1 == OutputPowerControlLog::MAX_TRANSIENT_LOG_SAMPLES;
-            const Sample& sample = samples[n];
-            const int nDetected = bOwn ? sample[2] : samples[n - 1][2];
-            m_log.addSampleToTransientLog(sample[0], sample[1], nDetected, sample[3], sample[4]);
-        }
-        m_log.setTransientLogActive(false);
-    }
-
-    XmlRpcValue serve(XMLRPC_REQUEST request)
-    {
-        return XmlRpcValue(
-            OutputPowerControlLog::statichandleTIManageOPCTransientLog(&m_log, nullptr, request, nullptr));
-    }
-
-private:
-    OutputPowerControlLog m_log;
-};
 
 class Parts
 {
@@ -207,6 +180,7 @@ int run(int nArguments, char** ppArguments)
     constexpr int LEVEL_OF_THE_EXAMPLE_UNIT = 1;
     TraceControl::setLevelOfAll(LEVEL_OF_THE_EXAMPLE_UNIT);
     Parts parts(readSamples(ppArguments[1]));
+    // cppcheck-suppress danglingLifetime ; the benchmarks that read it are run below
     s_pParts = &parts;
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
