@@ -53,8 +53,7 @@ OutputPowerControlLog::OutputPowerControlLog(unsigned int channel) : m_nChannel(
     beginTrace(5) << "Enter: "
                   << "OutputPowerControlLog"
                   << "()" << std::endl;
-    resetTransientLog();
-    resetOpcLog();
+    resetLogs();
 }
 
 OutputPowerControlLog::~OutputPowerControlLog()
@@ -67,8 +66,7 @@ OutputPowerControlLog::~OutputPowerControlLog()
 EAFResult OutputPowerControlLog::initialize()
 {
     traceChannel("Enter: ", "initialize", "() for channel ");
-    resetTransientLog();
-    resetOpcLog();
+    resetLogs();
     InterfaceBroker::getInstance().registerInterface(interfaceName(INTERFACE_NAME, m_nChannel), this);
     void* pBroker = nullptr;
     CInterfaceBroker_GetInstance(&pBroker);
@@ -91,6 +89,12 @@ void OutputPowerControlLog::unInitialize()
     CInterfaceBroker_UnregisterInterface(pBroker, manageLogsName(m_nChannel).c_str(), nullptr);
     CInterfaceBroker_UnregisterInterface(pBroker, tiMethodName(m_nChannel).c_str(), nullptr);
     InterfaceBroker::getInstance().unregisterInterface(interfaceName(INTERFACE_NAME, m_nChannel), nullptr);
+}
+
+void OutputPowerControlLog::resetLogs()
+{
+    resetTransientLog();
+    resetOpcLog();
 }
 
 void OutputPowerControlLog::logsRestart()

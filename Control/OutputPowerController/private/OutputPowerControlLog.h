@@ -159,6 +159,7 @@ protected:
     TIMethodCStruct m_tiMethodCStruct{};
 
 private:
+    void resetLogs();
     XMLRPC_VALUE readTransientLog(XMLRPC_VALUE xResponse, bool bWasActive);
     XMLRPC_VALUE readOpcLog(XMLRPC_VALUE xResponse, bool bReset);
 

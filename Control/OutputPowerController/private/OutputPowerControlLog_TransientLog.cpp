@@ -9,7 +9,7 @@ void OutputPowerControlLog::addSampleToTransientLog(int nTxRfPowerSet, int nTxRf
     }
     // A step's power is measured in the next step. The last sample leaves the one before it uncorrected: those who
     // evaluate the log count on that.
-    if (nSamples != 0 && nSamples != MAX_TRANSIENT_LOG_SAMPLES - 1) {
+    if (nSamples != 0 && nSamples < MAX_TRANSIENT_LOG_SAMPLES - 1) {
         m_vTransientLog.back().txRfDetectedPower = nTxRfDetectedPower;
     }
     m_vTransientLog.push_back({nTxRfPowerSet, nTxRfPowerTarget, nTxRfDetectedPower, nTxIfPower, nTxRfGain});
