@@ -32,6 +32,7 @@ struct ChannelMetrics
     TimeCounts stepTimes{};
     std::optional<ChannelInside> inside{};          /**< none once the regulation is over */
     std::optional<std::size_t> nTransientSamples{}; /**< likewise */
+    std::optional<std::uint64_t> nSafetyViolations{}; /**< none when no safety monitor watches */
 };
 
 /** What is told of a unit. */

@@ -17,6 +17,7 @@
 
 class ISimulatedFrequency;
 class ISimulatedTransmitter;
+class ViolationStore;
 
 /** What a channel's steps came to; all of constant size. Powers in hundredths of a decibel. */
 struct ChannelStatistics
@@ -65,7 +66,7 @@ using HandlerFaults = std::array<HandlerFault, static_cast<std::size_t>(EHandler
  * Calls a controller through its C function table, as any user of it does.
  *
  * configureSimulation() to requestOn() are for the thread that starts the unit, before regulation; afterwards
- * everything is for the regulation thread, but number(), controllerName() and transmitter(), which do not change. Must
+ * everything is for the regulation thread, but number(), controllerName(), transmitter() and safetyViolations(). Must
  * outlive the controller, which holds its observer records.
  */
 class RadioChannel
@@ -154,6 +155,12 @@ public:
     /** @return calls that the simulated handler refused, if the handler is simulated */
     std::optional<std::uint64_t> refusedCalls() const;
 
+    /** Says whose violations are the channel's, before regulation. @param violations outlive the regulation */
+    void setViolations(const ViolationStore& violations);
+
+    /** @return how often the channel broke a safety rule, if a monitor watches it. Any thread during regulation */
+    std::optional<std::uint64_t> safetyViolations() const;
+
 private:
     static void onPctrl(void* vpThis, unsigned int nChannel, int nPctrl);
     static void onPredictedPctrl(void* vpThis, unsigned int nChannel, int nPredictedPctrl);
@@ -196,6 +203,7 @@ private:
     std::uint64_t m_nRampBeganUs = 0;
     bool m_bRising = false; // since then, and not on with an error within 1 dB yet
     LogActivity m_logs;
+    const ViolationStore* m_pViolations = nullptr; // null when nobody watches
     StepSample m_lastSample{};
     [[no_unique_address]] OwnedByThread m_owner; // who starts the unit, then the regulation thread
 };

@@ -3,6 +3,8 @@
 import json
 import unittest
 
+from live_unit import LiveUnit
+from metrics_text import scrape
 from unit_runner import EXAMPLES, UnitTestCase, errors_of, summary_of
 
 COLD_START = EXAMPLES / "scenarios" / "cold-start.toml"
@@ -44,6 +46,14 @@ class SafetyMonitor(UnitTestCase):
         # With step 2 and with step 3; the ramp then holds the upper limit.
         self.assertEqual(summary_of(result.stdout)[None]["safety violations"], "2")
         self.assertEqual(result.stderr.count("opc run: safety: crossed-limits"), 2)
+
+    def test_metrics_count_them(self):
+        self.append(CROSSED)
+        unit = LiveUnit(self, self.command("run", self.unit_file, "--safety-monitor"))
+        unit.wait_until_on(2)
+        metrics = scrape(unit.url)
+        self.assertIn('opc_safety_violations_total{channel="0"} 2\n', metrics)
+        self.assertIn('opc_safety_violations_total{channel="1"} 0\n', metrics)
 
     def test_a_simulated_run_counts_them(self):
         result = self.run_program("simulate", COLD_START, "--json")

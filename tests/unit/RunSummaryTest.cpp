@@ -16,6 +16,7 @@ TEST(RunSummary, SaysWhatHappened)
     result.lateness.add(2'100'000);
     result.nDroppedSamples = 4;
     result.commands = {12, 345'678};
+    result.nSafetyViolations = 5;
     result.sRecordedFile = "run.csv";
     result.nRecordedRows = 1000;
     ChannelResult channel;
@@ -50,6 +51,7 @@ TEST(RunSummary, SaysWhatHappened)
               "  lateness              mean 0.120 ms, 50 % 0.106 ms, 99 % 0.106 ms, 99.9 % 2.100 ms, max 2.100 ms\n"
               "  dropped samples       4\n"
               "  commands              12, the longest 0.346 ms\n"
+              "  safety violations     5\n"
               "  recorded              1000 rows in run.csv\n"
               "channel 2\n"
               "  reached TX_ON         yes\n"

@@ -87,6 +87,11 @@ Value transientSamples(const ChannelMetrics& channel)
     return channel.nTransientSamples ? Value(static_cast<double>(*channel.nTransientSamples)) : Value();
 }
 
+Value safetyViolations(const ChannelMetrics& channel)
+{
+    return channel.nSafetyViolations ? Value(static_cast<double>(*channel.nSafetyViolations)) : Value();
+}
+
 constexpr std::array CHANNEL_FAMILIES{
     ChannelFamily{"opc_tx_on", "Whether the transmitter counts as on.", GAUGE, ofInside<&ChannelInside::bOn>},
     ChannelFamily{"opc_requested_power_dbm", "Power that is requested.", GAUGE, power<&StepSample::nRequestedPower>},
@@ -117,6 +122,8 @@ constexpr std::array CHANNEL_FAMILIES{
                   ofInside<&ChannelInside::nNotifications>},
     ChannelFamily{"opc_handler_refused_calls_total", "Calls that the simulated hardware refused.", COUNTER,
                   refusedCalls},
+    ChannelFamily{"opc_safety_violations_total", "Breaches of the transmitter's safety rules, where a monitor watches.",
+                  COUNTER, safetyViolations},
     ChannelFamily{"opc_transient_log_samples", "Samples that the transient log holds.", GAUGE, transientSamples},
     ChannelFamily{"opc_transient_log_running", "Whether the transient log was enabled and not disabled since.", GAUGE,
                   logRuns<&LogActivity::bTransientLogRuns>},

@@ -47,6 +47,7 @@ UnitMetrics MetricsReader::read()
     for (const RadioChannel* const pChannel : m_loop.channels()) {
         ChannelMetrics channel;
         channel.nNumber = pChannel->number();
+        channel.nSafetyViolations = pChannel->safetyViolations();
         channel.stepTimes = m_loop.stepTimes(metrics.channels.size()).read();
         metrics.channels.push_back(channel);
     }

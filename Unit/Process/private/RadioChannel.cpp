@@ -5,6 +5,7 @@
 #include "Simulation/Handlers/ISimulatedFrequency.h"
 #include "Simulation/Handlers/ISimulatedTransmitter.h"
 #include "Unit/Process/LoadedModule.h"
+#include "Unit/SafetyMonitor/ViolationStore.h"
 #include "Unit/Text/PowerText.h"
 
 #include <fmt/format.h>
@@ -273,6 +274,17 @@ std::optional<std::uint64_t> RadioChannel::refusedCalls() const
 {
     m_owner.check("RadioChannel::refusedCalls");
     return m_pTransmitter == nullptr ? std::nullopt : std::optional<std::uint64_t>(m_pTransmitter->refusedCalls());
+}
+
+void RadioChannel::setViolations(const ViolationStore& violations)
+{
+    m_owner.check("RadioChannel::setViolations");
+    m_pViolations = &violations;
+}
+
+std::optional<std::uint64_t> RadioChannel::safetyViolations() const
+{
+    return m_pViolations == nullptr ? std::nullopt : std::optional(m_pViolations->total());
 }
 
 void RadioChannel::onPctrl(void* vpThis, unsigned int /*nChannel*/, int /*nPctrl*/)

@@ -148,7 +148,10 @@ void UnitProcess::interposeMonitors()
     }
     for (const auto& pChannel : m_channels) {
         m_monitors.push_back(std::make_unique<ChannelMonitor>(pChannel->number()));
-        if (!m_monitors.back()->interpose()) {
+        if (m_monitors.back()->interpose()) {
+            pChannel->setViolations(m_monitors.back()->violations());
+        }
+        else {
             m_warnings.push_back(fmt::format("channel {} is not watched by the safety monitor: handler and controller "
                                              "have to be published as interfaces with a C function table",
                                              pChannel->number()));

@@ -1,6 +1,7 @@
 #include "Unit/Metrics/MetricsReader.h"
 
 #include "Unit/Metrics/private/TransientLogFill.h"
+#include "Unit/SafetyMonitor/ViolationStore.h"
 #include "tests/unit/FakeController.h"
 
 #include <gtest/gtest.h>
@@ -18,6 +19,7 @@ protected:
     {
         m_seven.connect();
         m_eight.connect();
+        m_eight.setViolations(m_violations);
         RunSettings settings;
         settings.intervalMs = 2;
         m_pLoop = std::make_unique<RegulationLoop>(settings, std::vector<RadioChannel*>{&m_seven, &m_eight}, nullptr,
@@ -55,6 +57,7 @@ protected:
 
     FakeController m_controllerSeven{"IOutputPowerController_7"};
     FakeController m_controllerEight{"IOutputPowerController_8"};
+    ViolationStore m_violations;
     RadioChannel m_seven;
     RadioChannel m_eight;
     SampleQueue m_queue{10};
@@ -112,6 +115,15 @@ TEST_F(MetricsReaderTest, TellsWhatTheRegulationThreadKnows)
     EXPECT_EQ(metrics.channels[0].nTransientSamples, 0U);
     EXPECT_GT(metrics.channels[1].stepTimes.nTotalNs, 0);
     EXPECT_GT(metrics.latenessTimes.nTotalNs, 0);
+}
+
+TEST_F(MetricsReaderTest, TellsViolationsOfWatchedChannels)
+{
+    EXPECT_FALSE(m_pReader->read().channels[0].nSafetyViolations.has_value()) << "nobody watches";
+    EXPECT_EQ(m_pReader->read().channels[1].nSafetyViolations, 0U);
+    m_violations.onViolation({});
+    m_violations.onViolation({});
+    EXPECT_EQ(m_pReader->read().channels[1].nSafetyViolations, 2U);
 }
 
 TEST_F(MetricsReaderTest, LeavesThatOutOnceTheRegulationIsOver)

@@ -53,15 +53,15 @@ UnitMetrics madeUpUnit()
     TimeCounts stepTimes;
     stepTimes.counts = {0, 100, 60, 7};
     stepTimes.nTotalNs = 500'000;
-    metrics.channels.push_back({0, stepOfChannel(0), stepTimes, inside, 200});
-    metrics.channels.push_back({7, std::nullopt, {}, std::nullopt, std::nullopt});
+    metrics.channels.push_back({0, stepOfChannel(0), stepTimes, inside, 200, 14});
+    metrics.channels.push_back({7, std::nullopt, {}, std::nullopt, std::nullopt, std::nullopt});
     return metrics;
 }
 
 std::string textWith(const StepSample& sample)
 {
     UnitMetrics metrics;
-    metrics.channels.push_back({sample.nChannelNumber, sample, {}, std::nullopt, std::nullopt});
+    metrics.channels.push_back({sample.nChannelNumber, sample, {}, std::nullopt, std::nullopt, std::nullopt});
     return metricsText(metrics);
 }
 } // namespace

@@ -68,6 +68,7 @@ TEST_F(ChannelMonitorTest, FindsNothingInAnOrdinaryLife)
     process.stop();
     ASSERT_EQ(process.monitors().size(), 1U);
     EXPECT_EQ(process.monitors().front()->violations().total(), 0U) << told(process.monitors().front()->violations());
+    EXPECT_EQ(channel.safetyViolations(), 0U);
     EXPECT_THAT(process.warnings(), testing::Each(testing::Not(testing::HasSubstr("still published"))));
 }
 
@@ -81,6 +82,7 @@ TEST_F(ChannelMonitorTest, HearsASwitchOnAboveTheUpperLimit)
     const ViolationStore& store = process.monitors().front()->violations();
     ASSERT_EQ(store.count(ESafetyRule::CrossedLimits), 1U) << told(store);
     EXPECT_THAT(told(store), testing::HasSubstr("setOutputPower(10000, "));
+    EXPECT_EQ(channel.safetyViolations(), 1U);
 }
 
 TEST_F(ChannelMonitorTest, KeepsTheSimulationsKnobs)
@@ -110,6 +112,7 @@ TEST_F(ChannelMonitorTest, WarnsOfAControllerThatIsPublishedToCOnly)
     m_pProcess->start();
     EXPECT_THAT(m_pProcess->warnings(),
                 testing::Contains(testing::HasSubstr("channel 0 is not watched by the safety")));
+    EXPECT_FALSE(m_pProcess->channels().front()->safetyViolations().has_value());
     m_pProcess.reset();
 }
 
