@@ -7,6 +7,7 @@ import { once } from "node:events";
 import { mkdtempSync, rmSync } from "node:fs";
 import { tmpdir } from "node:os";
 import { join } from "node:path";
+import { setTimeout } from "node:timers/promises";
 import { CHROMIUM } from "./pageSteps.js";
 
 export class RawBrowser {
@@ -59,9 +60,28 @@ export class RawBrowser {
 
     async close() {
         const ended = once(this.process, "exit");
-        this.process.kill();
+        void this.send("Browser.close");
         await ended;
-        rmSync(this.folder, { recursive: true, maxRetries: 10 });
+        await removeLeft(this.folder);
+    }
+}
+
+/**
+ * Removes what processes that end after their browser may still write to. Node's own retries remove a folder again, but
+ * not what has come into it.
+ * @param {string} folder
+ */
+async function removeLeft(folder) {
+    const TRIES = 50;
+    for (let tried = 1; ; ++tried) {
+        try {
+            return rmSync(folder, { recursive: true });
+        } catch (error) {
+            if (tried === TRIES) {
+                throw error;
+            }
+            await setTimeout(100);
+        }
     }
 }
 
