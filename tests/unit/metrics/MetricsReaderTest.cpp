@@ -121,8 +121,10 @@ TEST_F(MetricsReaderTest, TellsViolationsOfWatchedChannels)
 {
     EXPECT_FALSE(m_pReader->read().channels[0].nSafetyViolations.has_value()) << "nobody watches";
     EXPECT_EQ(m_pReader->read().channels[1].nSafetyViolations, 0U);
-    m_violations.onViolation({});
-    m_violations.onViolation({});
+    SafetyViolation violation;
+    violation.eRule = ESafetyRule::CrossedLimits;
+    m_violations.onViolation(violation);
+    m_violations.onViolation(violation);
     EXPECT_EQ(m_pReader->read().channels[1].nSafetyViolations, 2U);
 }
 
