@@ -65,10 +65,10 @@ TEST_F(ChannelMonitorTest, FindsNothingInAnOrdinaryLife)
     channel.want(eREQUESTED_TX_POWER_OFF);
     steps(5);
     EXPECT_EQ(channel.state(), eOPC_TX_OFF);
+    EXPECT_EQ(channel.safetyViolations(), 0U);
     process.stop();
     ASSERT_EQ(process.monitors().size(), 1U);
     EXPECT_EQ(process.monitors().front()->violations().total(), 0U) << told(process.monitors().front()->violations());
-    EXPECT_EQ(channel.safetyViolations(), 0U);
     EXPECT_THAT(process.warnings(), testing::Each(testing::Not(testing::HasSubstr("still published"))));
 }
 
