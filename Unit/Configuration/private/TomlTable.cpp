@@ -241,8 +241,9 @@ void TomlTable::failMissing(const std::string& sKey) const
 
 void TomlTable::failAt(const toml::source_region& source, const std::string& sText) const
 {
+    const std::string sShown = printable(sText); // names and paths in it are the file's
     if (source.path != nullptr && *source.path != m_sPath) {
-        throw ConfigurationError(*source.path + ": " + sText);
+        throw ConfigurationError(*source.path + ": " + sShown);
     }
-    throw ConfigurationError::atColumn(m_sPath, source.begin.line, source.begin.column, sText);
+    throw ConfigurationError::atColumn(m_sPath, source.begin.line, source.begin.column, sShown);
 }

@@ -42,6 +42,8 @@ const BadSweep BAD_SWEEPS[] = {
     {"NoPath", "GRID[[parameter]]\nvalues = [1]\n", ":5", "[[parameter]] has no key path"},
     {"PathWithBlank", "GRIDP = \"a b\"\nvalues = [1]\n", ":6",
      "path in [[parameter]] is \"a b\"; it must be a key's place"},
+    {"PathWithAControlCharacter", "GRIDP = \"a\\u001bb\"\nvalues = [1]\n", ":6",
+     "path in [[parameter]] is \"a?b\"; it must be a key's place"},
     {"PathIsSeed", "GRIDP = \"seed\"\nvalues = [1]\n", ":6", "path in [[parameter]] is \"seed\", which every run has"},
     {"DurationTwice", "GRIDduration_s = 3\nP = \"duration_s\"\nvalues = [1]\n", ":7", "which [sweep] sets already"},
     {"PathTwice", "GRIDP = \"a\"\nvalues = [1]\nP = \"a\"\nvalues = [1]\n", ":9",

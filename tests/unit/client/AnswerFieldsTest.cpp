@@ -105,4 +105,5 @@ TEST(OneLine, CutsBetweenCharacters)
     EXPECT_EQ(oneLine("abcde", 4), "abcd...");
     EXPECT_EQ(oneLine("ab\xc3\xbc", 3), "ab...");
     EXPECT_EQ(oneLine("ab\xc3\xbcx", 4), "ab\xc3\xbc...");
+    EXPECT_EQ(oneLine("--set \xa7\xa7\xa7\xa7\xa7\xa7", 11), "--set \xa7\xa7\xa7\xa7\xa7...") << "no character at all";
 }
