@@ -28,9 +28,10 @@ FINAL = re.compile(r"^stat::(\w+):\s+(\d+)")
 class Run:
     """One target that runs, and what its lines said so far."""
 
-    def __init__(self, target, seconds, temporary):
+    def __init__(self, target, given, temporary):
         self.target = target
-        self.seconds = seconds
+        self.seconds = given.seconds
+        self.seed = given.seed
         self.executions = 0
         self.edges = 0
         self.began = time.monotonic()
@@ -48,7 +49,7 @@ class Run:
                                             env=dict(os.environ, TMPDIR=str(folder)), cwd=folder)
 
     def command(self, corpus):
-        command = [str(BUILD / "bin" / f"fuzz_{self.target}"), f"-max_total_time={self.seconds}",
+        command = [str(BUILD / "bin" / f"fuzz_{self.target}"), f"-max_total_time={self.seconds}", f"-seed={self.seed}",
                    "-print_final_stats=1", f"-rss_limit_mb={MEMORY_MB}", f"-timeout={LONGEST_INPUT_S}",
                    f"-artifact_prefix={BUILD}/findings/{self.target}-", "-max_len=4096"]
         dictionary = SOURCES / "tests" / "fuzz" / f"{self.target}.dict"
@@ -104,6 +105,9 @@ def arguments():
     parser.add_argument("--seconds", type=int, default=3600, metavar="N", help="time for each target (an hour)")
     parser.add_argument("--jobs", type=int, default=os.cpu_count() or 1, metavar="N",
                         help="targets at a time (as many as there are processors)")
+    parser.add_argument("--seed", type=int, default=0, metavar="N",
+                        help="what the inputs come from, so that another run makes the same; another one each time "
+                             "when left out")
     parser.add_argument("--list", action="store_true", help="name the targets, and do nothing else")
     parser.add_argument("targets", nargs="*", metavar="TARGET", help="which targets; all of them when left out")
     given = parser.parse_args()
@@ -113,6 +117,8 @@ def arguments():
             parser.error(f"there is no target {name}; the targets are {', '.join(known)}")
     if given.seconds < 1 or given.jobs < 1:
         parser.error("--seconds and --jobs have to be 1 or more")
+    if not 0 <= given.seed < 2**32:
+        parser.error("--seed has to be from 1 to 4294967295, or 0 for another one each time")
     given.targets = given.targets or known
     return given
 
@@ -131,7 +137,7 @@ def run_all(given, temporary):
     try:
         while waiting or running:
             while waiting and len(running) < given.jobs:
-                running.append(Run(waiting.pop(0), given.seconds, temporary))
+                running.append(Run(waiting.pop(0), given, temporary))
             time.sleep(0.2)
             for run in list(running):
                 run.look()

@@ -287,6 +287,15 @@ TEST_F(RegulateTest, APredictionThatWasToldLastIsNotToldAgain)
     EXPECT_EQ(m_platform.callsOf("predictedPctrl"), Texts{});
 }
 
+TEST_F(RegulateTest, APredictionIsToldWhicheverWayItMoves)
+{
+    EXPECT_EQ(regulate(1000, 400, 50), EAF_OK);
+    EXPECT_EQ(regulate(1000, 100, 50), EAF_OK);
+    EXPECT_EQ(regulate(1000, 400, 50), EAF_OK);
+    EXPECT_EQ(m_platform.callsOf("predictedPctrl"),
+              (Texts{"predictedPctrl(0, 700)", "predictedPctrl(0, 550)", "predictedPctrl(0, 700)"}));
+}
+
 TEST_F(RegulateTest, ADetectorStateThatIsNoRowOfTheTableMovesNothing)
 {
     controller().m_nPctrl = 700;

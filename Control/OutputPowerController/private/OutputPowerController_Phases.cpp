@@ -14,9 +14,9 @@ namespace
 constexpr std::size_t HANDLER_NAME_LENGTH = 21;
 
 /** The spacings in whole MHz that storage may hold. */
-constexpr std::array<int, 30> WHOLE_SPACINGS_MHZ = {5,   7,   10,  14,  20,  28,   30,   40,   50,   56,
-                                                    60,  80,  100, 112, 125, 150,  200,  250,  300,  350,
-                                                    400, 450, 500, 600, 750, 1000, 1250, 1500, 1750, 2000};
+constexpr std::array WHOLE_SPACINGS_MHZ = {5,   7,   10,  14,  20,  28,   30,   40,   50,   56,
+                                           60,  80,  100, 112, 125, 150,  200,  250,  300,  350,
+                                           400, 450, 500, 600, 750, 1000, 1250, 1500, 1750, 2000};
 
 /** @return the spacing in kHz of a stored code, 0 for a code that there is not */
 int channelSpacingKhz(int nCode)
