@@ -287,13 +287,13 @@ TEST_F(RegulateTest, APredictionThatWasToldLastIsNotToldAgain)
     EXPECT_EQ(m_platform.callsOf("predictedPctrl"), Texts{});
 }
 
-TEST_F(RegulateTest, APredictionIsToldWhicheverWayItMoves)
+TEST_F(RegulateTest, APredictionIsToldBeforeThePowerIsSentWhicheverWayItMoves)
 {
     EXPECT_EQ(regulate(1000, 400, 50), EAF_OK);
+    m_platform.clearRecords();
     EXPECT_EQ(regulate(1000, 100, 50), EAF_OK);
-    EXPECT_EQ(regulate(1000, 400, 50), EAF_OK);
-    EXPECT_EQ(m_platform.callsOf("predictedPctrl"),
-              (Texts{"predictedPctrl(0, 700)", "predictedPctrl(0, 550)", "predictedPctrl(0, 700)"}));
+    EXPECT_EQ(m_platform.calls(), (Texts{"getPmeasured", "calculateDetectorUsage(300, 0)", "predictedPctrl(0, 550)",
+                                         "setOutputPower(750, 1000)", "pctrl(0, 750)"}));
 }
 
 TEST_F(RegulateTest, ADetectorStateThatIsNoRowOfTheTableMovesNothing)
