@@ -49,8 +49,8 @@ endif()
 target_link_options(OpcOptions INTERFACE -Wl,--as-needed)
 
 if(CMAKE_UNITY_BUILD)
-  # Twelve files at a time cost little more than one: most of a file is headers. The sanitizers' builds take them so. The
-  # compiler takes anonymous namespaces of files that are included for headers'.
+  # Twelve files at a time cost little more than one: most of a file is headers. Sanitizers' and cross builds take them so,
+  # and tests everywhere. The compiler takes anonymous namespaces of files that are included for headers'.
   target_compile_options(OpcOptions INTERFACE $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-subobject-linkage>)
 endif()
 
