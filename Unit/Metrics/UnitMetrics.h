@@ -30,8 +30,8 @@ struct ChannelMetrics
     unsigned int nNumber = 0;
     std::optional<StepSample> lastStep{}; /**< none before the first */
     TimeCounts stepTimes{};
-    std::optional<ChannelInside> inside{};          /**< none once the regulation is over */
-    std::optional<std::size_t> nTransientSamples{}; /**< likewise */
+    std::optional<ChannelInside> inside{};            /**< none once the regulation is over */
+    std::optional<std::size_t> nTransientSamples{};   /**< likewise */
     std::optional<std::uint64_t> nSafetyViolations{}; /**< none when no safety monitor watches */
 };
 
