@@ -14,6 +14,7 @@ from unit_runner import UnitTestCase
 # The unit holds the steps of a minute at the interval that it starts with; at the shortest it holds less than this.
 HELD_S = 2.5
 RUN_S = 5.0
+WAIT_S = 60.0
 
 
 class History(UnitTestCase):
@@ -30,16 +31,28 @@ class History(UnitTestCase):
         return [row[0] for row in ask(self.file, "SELECT time_us FROM step WHERE channel = ? AND time_us <= ? ORDER BY 1",
                                       channel, to_us)]
 
+    def wait_for_recording(self, to_us=0):
+        """Returns right after the recorder has written, so that nothing is missing between its file and what is held."""
+        newest = "SELECT max(time_us) FROM step"
+        before = ask(self.file, newest)[0][0]
+        deadline = time.monotonic() + WAIT_S
+        while (now := ask(self.file, newest)[0][0]) == before or (now or 0) < to_us:
+            self.assertLess(time.monotonic(), deadline, f"recorded up to {now} us")
+            time.sleep(0.02)
+
     def run_beyond_what_is_held(self):
         unit = RecordedUnit(self, self.file)
         with xmlrpc.client.ServerProxy(unit.url + "/RPC2") as proxy:
             proxy.Unit.SetInterval({"IntervalMs": 1})
-        time.sleep(RUN_S)
+        self.wait_for_recording(RUN_S * 1e6)
         return unit
 
     def test_has_every_step_once_from_the_begin_to_now(self):
         unit = self.run_beyond_what_is_held()
-        answers = [self.get(unit, f"api/history?channel={channel}&from_us=0&points=100000") for channel in (0, 1)]
+        answers = []
+        for channel in (0, 1):
+            self.wait_for_recording()
+            answers.append(self.get(unit, f"api/history?channel={channel}&from_us=0&points=100000"))
         # Asked for at once: what the unit holds moves on while the long answers are made.
         latest = self.get(unit, f"api/history?channel=0&from_us={answers[1]['channels'][0]['t_us'][-1]}&points=10")
         newest = self.get(unit, f"api/history?channel=0&from_us={latest['channels'][0]['t_us'][-1] - 1000}")

@@ -30,7 +30,7 @@ void keep(Held& held, const FeedBatch& batch, const HistoryQuestion& question)
 {
     for (const StepSample& sample : batch.samples) {
         if (sample.nChannelNumber == question.nChannel && sample.nTimeUs >= held.nCompleteFromUs &&
-            sample.nTimeUs >= question.nFromUs)
+            sample.nTimeUs >= question.nFromUs && sample.nTimeUs <= question.nToUs)
         {
             held.steps.push_back(sample);
         }
