@@ -1,6 +1,7 @@
 #include "Unit/Clock/MonotonicTime.h"
 #include "Unit/CommandLine/private/SampleReader.h"
 #include "Unit/LivePage/private/FeedStream.h"
+#include "Unit/Process/LoadedModule.h"
 #include "Unit/Process/RegulationLoop.h"
 #include "Unit/Process/UnitProcess.h"
 #include "tests/support/BrokenRule.h"
@@ -103,6 +104,17 @@ TEST(UnitProcessOwnership, IsForTheThreadThatMadeIt)
     UnitProcess process(unit);
     EXPECT_BROKEN_RULE(inAnotherThread([&process] { process.load(); }), "UnitProcess::load");
     EXPECT_BROKEN_RULE(inAnotherThread([&process] { process.stop(); }), "UnitProcess::stop");
+}
+
+TEST(LoadedModuleOwnership, IsForTheThreadThatConstructedIt)
+{
+    const TemporaryFolder folder;
+    const UnitConfiguration unit =
+        loadUnitConfiguration(folder.write("unit.toml", allModulesText() + "[[channel]]\nnumber = 0\n"));
+    LoadedModule module(std::make_shared<ModuleLibrary>(unit, unit.modules.front()), 0);
+    EXPECT_EQ(module.uninitialize(), EAF_OK);
+    EXPECT_BROKEN_RULE(inAnotherThread([&module] { module.initialize(); }), "LoadedModule::initialize");
+    EXPECT_BROKEN_RULE(inAnotherThread([&module] { (void)module.uninitialize(); }), "LoadedModule::uninitialize");
 }
 
 TEST(ReaderOwnership, KeepsAPositionInTheFeedToItsReader)
