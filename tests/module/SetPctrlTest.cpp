@@ -98,6 +98,17 @@ TEST_F(SetPctrlTest, AFailureIsTracedWithItsResultAndWritesNoLog)
         << "decimal after the hexadecimal result";
 }
 
+TEST_F(SetPctrlTest, AFailureIsTheSameBelowTheTraceLevel)
+{
+    activate(true, true);
+    m_handler.setResult(EHandlerCall::SetOutputPower, EAF_FAILED);
+    m_platform.setQuiet(true);
+    EXPECT_EQ(controller().setPctrl(), EAF_FAILED);
+    m_platform.setQuiet(false);
+    EXPECT_TRUE(m_platform.traces().empty());
+    EXPECT_EQ(controller().m_pLog->getNumberOfSamplesInTransientLog(), 0U);
+}
+
 TEST_F(SetPctrlTest, TheTransientLogAloneReadsThePowersOnly)
 {
     activate(true, false);
