@@ -12,7 +12,7 @@
 
 namespace
 {
-using Texts = std::vector<std::string>;
+using Calls = std::vector<std::string>;
 
 template <class... TArguments> std::string callText(const char* pOperation, TArguments... arguments)
 {
@@ -74,7 +74,7 @@ public:
         return 100 * int{eDetectorState} + int{eState};
     }
 
-    Texts m_calls;
+    Calls m_calls;
     void* m_pObserver = nullptr;
     int m_nResult = 0; /**< result of every operation that has one */
 
@@ -128,7 +128,7 @@ TEST_F(CTableTest, SettersCallTheirOperationAndGiveZeroWhateverItReturns)
     EXPECT_EQ(call(4, vpThis(), 25L), 0);
     EXPECT_EQ(call(15, vpThis(), eOPH_DETECTOR_STATE_1, eOPC_TX_ON, 35L), 0);
     EXPECT_EQ(m_controller.m_calls,
-              (Texts{"setTxPminPmax(-500, 3000)", "setRegulatorInterval(25)", "setGain(1, 8, 35)"}));
+              (Calls{"setTxPminPmax(-500, 3000)", "setRegulatorInterval(25)", "setGain(1, 8, 35)"}));
 }
 
 TEST_F(CTableTest, RequestsHandBackTheResultOfTheirOperation)
@@ -141,7 +141,7 @@ TEST_F(CTableTest, RequestsHandBackTheResultOfTheirOperation)
     }
     m_controller.m_calls.resize(3);
     EXPECT_EQ(m_controller.m_calls,
-              (Texts{"setRequestedTxPowerState(1, 2)", "setProductionTestSettings(1, 2)", "regulate(-900)"}));
+              (Calls{"setRequestedTxPowerState(1, 2)", "setProductionTestSettings(1, 2)", "regulate(-900)"}));
 }
 
 // Where long has 64 bits, what does not fit wraps, as callers on 32 bits cannot even say it.
@@ -156,7 +156,7 @@ TEST_F(CTableTest, NumbersOf32BitsPassWhateverTheSizeOfLong)
     const bool bWide = sizeof(long) > sizeof(int);
     EXPECT_EQ(
         m_controller.m_calls,
-        (Texts{"setTxPminPmax(-2147483648, 2147483647)", "setRegulatorInterval(2147483647)", "regulate(-2147483648)",
+        (Calls{"setTxPminPmax(-2147483648, 2147483647)", "setRegulatorInterval(2147483647)", "regulate(-2147483648)",
                "setGain(0, 8, -2147483648)", bWide ? "regulate(-1)" : "regulate(2147483647)",
                bWide ? "setTxPminPmax(0, 4294967295)" : "setTxPminPmax(-2147483648, 4294967295)"}));
 }
@@ -198,7 +198,7 @@ TEST_F(CTableTest, RegistrationsPassTheRecordOn)
         m_controller.m_calls.clear();
         int nRecord = 0;
         EXPECT_EQ(call(nIndex, vpThis(), static_cast<void*>(&nRecord)), 0);
-        EXPECT_EQ(m_controller.m_calls, Texts{pOperation});
+        EXPECT_EQ(m_controller.m_calls, Calls{pOperation});
         EXPECT_EQ(m_controller.m_pObserver, &nRecord);
     }
 }

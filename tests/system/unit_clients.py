@@ -262,9 +262,10 @@ class CtlUser(Client):
 
 
 class Exporter(Client):
-    """Exports the recording while it grows."""
+    """Exports parts of the recording while it grows."""
 
     pause_s = 0.5
+    most_s = 20
 
     def __init__(self, url, seed, program, file):
         super().__init__(url, seed)
@@ -274,7 +275,9 @@ class Exporter(Client):
 
     def turn(self):
         what = self.chance.choice((("--resolution", "steps"), ("--resolution", "seconds"), ("--events",)))
-        result = subprocess.run([self.program, "export", str(self.file), *what], stdin=subprocess.DEVNULL,
+        begin = self.chance.uniform(0.0, json.loads(self.get("/api/unit"))["clock_us"] / 1e6)
+        result = subprocess.run([self.program, "export", str(self.file), "--from", f"{begin:.6f}", "--to",
+                                 f"{begin + self.most_s:.6f}", *what], stdin=subprocess.DEVNULL,
                                 capture_output=True, text=True, timeout=TIMEOUT_S, check=False)
         if self.rows == 0 and "has no run yet" in result.stderr:
             return
