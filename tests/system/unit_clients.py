@@ -152,10 +152,11 @@ class HistoryReader(Client):
     """Asks for ranges of every length, of what the unit holds and of what is recorded."""
 
     pause_s = 0.05
+    reach_us = 1 << 40  # how far back
 
     def turn(self):
         clock = json.loads(self.get("/api/unit"))["clock_us"]
-        begin = self.chance.randrange(0, clock + 1)
+        begin = self.chance.randrange(max(0, clock - self.reach_us), clock + 1)
         length = self.chance.choice((1, 6000, 1_000_000, 20_000_000, 1 << 40))
         points = self.chance.choice((1, 100, 2000, 100_000))
         channel = self.chance.randrange(self.channels + 1)  # one that is not there, too

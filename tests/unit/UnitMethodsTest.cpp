@@ -52,7 +52,7 @@ protected:
                         "</param></params></methodCall>",
                         sMethod, sMembers));
         const XmlRpcRequest response = parseXmlRpc(sAnswer, EXmlRpcMessage::Response);
-        const XMLRPC_VALUE value = XMLRPC_RequestGetData(response.get());
+        XMLRPC_VALUE value = XMLRPC_RequestGetData(response.get());
         return XMLRPC_ValueIsFault(value) != 0
                    ? fmt::format("{} {}", XMLRPC_GetValueFaultCode(value), XMLRPC_GetValueFaultString(value))
                    : sAnswer;

@@ -1,5 +1,6 @@
 #include "tests/unit/http/HttpClient.h"
 
+#include <fmt/format.h>
 #include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
@@ -8,7 +9,6 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
-#include <cstdio>
 #include <sstream>
 #include <utility>
 
@@ -155,8 +155,6 @@ std::string post(const std::string& sBody, const std::string& sHeaders)
 
 std::string postChunked(const std::string& sBody)
 {
-    std::array<char, 32> size{};
-    std::snprintf(size.data(), size.size(), "%zx", sBody.size());
-    return std::string("POST /RPC2 HTTP/1.1\r\nHost: here\r\nTransfer-Encoding: chunked\r\n\r\n") + size.data() +
-           "\r\n" + sBody + "\r\n0\r\n\r\n";
+    return fmt::format("POST /RPC2 HTTP/1.1\r\nHost: here\r\nTransfer-Encoding: chunked\r\n\r\n{:x}\r\n{}\r\n0\r\n\r\n",
+                       sBody.size(), sBody);
 }

@@ -162,6 +162,7 @@ inline std::vector<ESafetyRule> brokenBy(const Heard& sequence, EHeardSides eSid
 inline std::vector<std::string> names(const std::vector<ESafetyRule>& rules)
 {
     std::vector<std::string> texts;
+    texts.reserve(rules.size());
     for (const ESafetyRule eRule : rules) {
         texts.emplace_back(safetyRuleName(eRule));
     }
