@@ -33,6 +33,7 @@ class Client(threading.Thread):
 
     pause_s = 0.0
     channels = 2  # of the unit, from 0
+    reach_us = 1 << 40  # how far back it asks
 
     def __init__(self, url, seed):
         super().__init__(name=type(self).__name__)
@@ -64,6 +65,11 @@ class Client(threading.Thread):
     def get(self, path):
         with urllib.request.urlopen(self.url + path, timeout=TIMEOUT_S) as answer:
             return answer.read()
+
+    def some_time_us(self):
+        """Returns a time of the run, no earlier than the client reaches back."""
+        clock_us = json.loads(self.get("/api/unit"))["clock_us"]
+        return self.chance.randrange(max(0, clock_us - self.reach_us), clock_us + 1)
 
     def call(self, method, *arguments):
         with xmlrpc.client.ServerProxy(self.url + "/RPC2") as proxy:
@@ -152,11 +158,9 @@ class HistoryReader(Client):
     """Asks for ranges of every length, of what the unit holds and of what is recorded."""
 
     pause_s = 0.05
-    reach_us = 1 << 40  # how far back
 
     def turn(self):
-        clock = json.loads(self.get("/api/unit"))["clock_us"]
-        begin = self.chance.randrange(max(0, clock - self.reach_us), clock + 1)
+        begin = self.some_time_us()
         length = self.chance.choice((1, 6000, 1_000_000, 20_000_000, 1 << 40))
         points = self.chance.choice((1, 100, 2000, 100_000))
         channel = self.chance.randrange(self.channels + 1)  # one that is not there, too
@@ -263,10 +267,9 @@ class CtlUser(Client):
 
 
 class Exporter(Client):
-    """Exports parts of the recording while it grows."""
+    """Exports the end of the recording while it grows."""
 
     pause_s = 0.5
-    most_s = 20
 
     def __init__(self, url, seed, program, file):
         super().__init__(url, seed)
@@ -276,10 +279,9 @@ class Exporter(Client):
 
     def turn(self):
         what = self.chance.choice((("--resolution", "steps"), ("--resolution", "seconds"), ("--events",)))
-        begin = self.chance.uniform(0.0, json.loads(self.get("/api/unit"))["clock_us"] / 1e6)
-        result = subprocess.run([self.program, "export", str(self.file), "--from", f"{begin:.6f}", "--to",
-                                 f"{begin + self.most_s:.6f}", *what], stdin=subprocess.DEVNULL,
-                                capture_output=True, text=True, timeout=TIMEOUT_S, check=False)
+        begin_s = f"{self.some_time_us() / 1e6:.6f}"
+        result = subprocess.run([self.program, "export", str(self.file), "--from", begin_s, *what],
+                                stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=TIMEOUT_S, check=False)
         if self.rows == 0 and "has no run yet" in result.stderr:
             return
         expect(result.returncode == 0, f"{what}: {result.returncode}: {result.stderr}")
